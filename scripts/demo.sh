@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the library and the krvalue tool, and runs
+# the tool on a handful of example values, good and bad.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/install-deps.sh
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DKR_BUILD_TESTS=OFF >/dev/null
+cmake --build build/release --target krvalue_tool
+
+krvalue=build/release/tools/krvalue
+
+# Shows a command line and what it printed; a failing reader is part of the
+# show, so its status is printed instead of stopping the script.
+show() {
+  printf '\n$ krvalue'
+  printf " '%s'" "$@"
+  printf '\n'
+  local status=0
+  "$krvalue" "$@" || status=$?
+  [ "$status" -eq 0 ] || printf '(exit status %d)\n' "$status"
+}
+
+show list
+show read float 2.5 --name speed --field x
+show read float 3 --name speed --field x
+show read float '"a"' --name speed --field x
+show read float null --name speed --field x
+show read int 2.9 --name count
+show read float-clip 1.5 --min -1 --max 1 --name setSpeed --field x
+show read check-array '[]' --name targets
+show read axis-mask 7 --name mask
+show read axis-masks '[7, 56, "z"]' --name masks
+show read frames 2 --name frames
+show read frame 5 --name frame
+show read duration '[1, 500000]' --name period
+show read duration '["s", null]' --name period
+show write duration 1500000000

@@ -1,0 +1,84 @@
+// Helpers shared by the source files of libkrvalueutils; not installed.
+//
+// The readers' success paths are inline here so that record readers pay no
+// call per number; everything that builds a message lives out of line, on the
+// failure path only.
+#pragma once
+
+#include <kr/krvalue.h>
+
+#include <climits>
+#include <string>
+
+namespace KR {
+namespace ValueUtils {
+namespace detail {
+
+// Thrown messages. Each composes its text only when called.
+[[noreturn]] void throwPrefixed(const std::string& name, const char* complaint);
+[[noreturn]] void throwExpectedFloat(const KR::KRValue& value, const std::string& name,
+                                     const std::string& fieldName);
+[[noreturn]] void throwExpectedInt(const KR::KRValue& value, const std::string& name,
+                                   const std::string& fieldName);
+
+/// True when warnings of the "KRValueUtils" category would be handed on.
+bool warningsEnabled();
+
+/// Logs `text` as a warning from `function` in the "KRValueUtils" category.
+void warn(const char* function, const std::string& text);
+
+inline bool isNumber(const KR::KRValue& value) { return value.isInt() || value.isFloat(); }
+
+inline void checkArray(const KR::KRValue& value, const std::string& name) {
+  if (value.isArray() && value.getSize() != 0) {
+    return;
+  }
+  if (!value.isValid()) {
+    throwPrefixed(name, " KRValue is invalid.");
+  }
+  if (value.isArray()) {
+    throwPrefixed(name, " KRValue is empty.");
+  }
+  throwPrefixed(name, " KRValue is not an array.");
+}
+
+inline float readFloat(const KR::KRValue& value, const std::string& name,
+                       const std::string& fieldName) {
+  if (value.isFloat()) {
+    return static_cast<float>(value);
+  }
+  if (value.isInt()) {
+    return static_cast<float>(static_cast<int>(value));
+  }
+  throwExpectedFloat(value, name, fieldName);
+}
+
+// Truncates toward zero, saturating where the float lies beyond int (the
+// plain conversion would be undefined there); NaN gives 0.
+inline int truncateToInt(float f) {
+  if (f != f) {
+    return 0;
+  }
+  if (f >= 2147483648.0f) {
+    return INT_MAX;
+  }
+  if (f < -2147483648.0f) {
+    return INT_MIN;
+  }
+  return static_cast<int>(f);
+}
+
+inline int readInt(const KR::KRValue& value, const std::string& name,
+                   const std::string& fieldName) {
+  if (value.isInt()) {
+    return static_cast<int>(value);
+  }
+  if (value.isFloat()) {
+    return truncateToInt(static_cast<float>(value));
+  }
+  throwExpectedInt(value, name, fieldName);
+}
+
+}  // namespace detail
+}  // namespace ValueUtils
+}  // namespace KR

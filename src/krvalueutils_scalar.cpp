@@ -1,0 +1,132 @@
+// Clipping, the shape check, and the readers of scalars, axis masks, frames
+// and durations.
+#include <kr/krvalueutils.h>
+#include <kr/math/axismask.h>
+#include <kr/math/clip.h>
+
+#include "krvalueutils_internal.h"
+
+#include <zu/os.h>
+
+#include <cstdint>
+#include <sstream>
+
+namespace KR {
+namespace ValueUtils {
+namespace {
+
+const std::string kAxisField = "axis";
+const std::string kFrameField = "frame";
+const std::string kKRValueField = "KRValue";
+
+// Numbers in warnings carry a sign and a decimal point: +1.50000, -0.300000.
+void composeClipWarning(std::ostringstream& text, float before, float after, float min,
+                        float max, const std::string& name, const std::string& fieldName) {
+  text.flags(text.flags() | std::ios::showpos | std::ios::showpoint | std::ios::left);
+  text << "KRMotion " << name << ": " << fieldName << " value " << double(before)
+       << " is clipped to: " << double(after) << " because it must be in range ["
+       << double(min) << " <-> " << double(max) << "]";
+}
+
+// The list readers of masks and frames: a single number is a list of one,
+// otherwise every element of a non-empty array is read in order into a list
+// sized beforehand.
+template <typename T, typename ReadOne>
+void readList(const KR::KRValue& value, const std::string& name, std::vector<T>& out,
+              ReadOne readOne) {
+  out.clear();
+  if (value.isInt() || value.isFloat()) {
+    out.resize(1);
+    readOne(value, name, out[0]);
+    return;
+  }
+  detail::checkArray(value, name);
+  const unsigned int size = value.getSize();
+  out.resize(size);
+  for (unsigned int i = 0; i < size; ++i) {
+    readOne(value[static_cast<int>(i)], name, out[i]);
+  }
+}
+
+}  // namespace
+
+void clipAndWarn(float min, float max, float& data, const std::string& name,
+                 const std::string& fieldName) {
+  const float before = data;
+  if (!KR::Math::clipData(min, max, data)) {
+    return;
+  }
+  if (!detail::warningsEnabled()) {
+    return;
+  }
+  std::ostringstream text;
+  composeClipWarning(text, before, data, min, max, name, fieldName);
+  detail::warn("clipAndWarn", text.str());
+}
+
+float extractFloatAndClip(const KR::KRValue& value, const float& min, const float& max,
+                          const std::string& name, const std::string& fieldName) {
+  float f = detail::readFloat(value, name, fieldName);
+  clipAndWarn(min, max, f, name, fieldName);
+  return f;
+}
+
+void checkArrayFromKRValue(const KR::KRValue& value, const std::string& name) {
+  detail::checkArray(value, name);
+}
+
+float extractFloat(const KR::KRValue& value, const std::string& name,
+                   const std::string& fieldName) {
+  return detail::readFloat(value, name, fieldName);
+}
+
+int extractIntFromKRValue(const KR::KRValue& value, const std::string& name,
+                          const std::string& fieldName) {
+  return detail::readInt(value, name, fieldName);
+}
+
+void extractAxisMaskFromKRValue(const KR::KRValue& value, const std::string& name,
+                                std::bitset<6>& mask) {
+  const int i = detail::readInt(value, name, kAxisField);
+  if (!KR::Math::isAxisMask(i)) {
+    detail::throwPrefixed(name, " Expected an axis mask.");
+  }
+  mask = std::bitset<6>(static_cast<unsigned long>(static_cast<unsigned int>(i)));
+}
+
+void extractFrameFromKRValue(const KR::KRValue& value, const std::string& name,
+                             KR::Math::FRAME& frame) {
+  const int i = detail::readInt(value, name, kFrameField);
+  if (!KR::Math::isFrame(i)) {
+    detail::throwPrefixed(name, " Expected a frame.");
+  }
+  frame = static_cast<KR::Math::FRAME>(i);
+}
+
+void extractVectorAxisMaskFromKRValue(const KR::KRValue& value, const std::string& name,
+                                      std::vector<std::bitset<6>>& masks) {
+  readList(value, name, masks, extractAxisMaskFromKRValue);
+}
+
+void extractVectorFrameFromKRValue(const KR::KRValue& value, const std::string& name,
+                                   std::vector<KR::Math::FRAME>& frames) {
+  readList(value, name, frames, extractFrameFromKRValue);
+}
+
+boost::chrono::nanoseconds extractDuration(const KR::KRValue& seconds,
+                                           const KR::KRValue& microseconds,
+                                           const std::string& name) {
+  const int u = detail::readInt(microseconds, name, kKRValueField);
+  const int s = detail::readInt(seconds, name, kKRValueField);
+  return boost::chrono::nanoseconds((std::int64_t(s) * 1000000 + u) * 1000);
+}
+
+void convertDurationToKRValue(const boost::chrono::nanoseconds& duration, KR::KRValue& seconds,
+                              KR::KRValue& microseconds) {
+  const zu::os::timeval split(duration);
+  seconds = static_cast<int>(split.tv_sec);
+  microseconds = static_cast<int>(split.tv_usec);
+}
+
+}  // namespace ValueUtils
+}  // namespace KR

@@ -1,0 +1,28 @@
+#include "commands.h"
+
+#include <kr/krvaluetext.h>
+
+#include <stdexcept>
+
+namespace krvaluetool {
+
+const Commands& allCommands() {
+  static const Commands commands = [] {
+    Commands c;
+    addScalarCommands(c);
+    return c;
+  }();
+  return commands;
+}
+
+std::string formatFloat(float f) { return KR::printKRValue(KR::KRValue(f)); }
+
+KR::KRValue parseInput(const std::string& text) {
+  try {
+    return KR::parseKRValue(text);
+  } catch (const std::runtime_error& e) {
+    throw UsageError(e.what());
+  }
+}
+
+}  // namespace krvaluetool

@@ -1,0 +1,62 @@
+// The readers and writers that the krvalue tool can run, by short name.
+#pragma once
+
+#include <kr/krvalue.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace krvaluetool {
+
+/// Options given on the command line, passed to every command.
+struct Options {
+  std::string name = "value";   // --name: the argument name in messages
+  std::string field = "value";  // --field: the field name in messages
+  float min = 0.0f;             // --min, --max: a range, for the clipping readers
+  float max = 1.0f;
+};
+
+/// A reader: turns a value into its typed result and prints that result.
+struct Reader {
+  std::string name;
+  std::string usage;  // what the value looks like and what is printed
+  std::function<std::string(const KR::KRValue& value, const Options& options)> run;
+};
+
+/// A writer: takes its input text (usually a value read back by a reader),
+/// runs the library's writer and prints what it wrote.
+struct Writer {
+  std::string name;
+  std::string usage;
+  std::function<std::string(const std::string& input, const Options& options)> run;
+};
+
+struct Commands {
+  std::vector<Reader> readers;
+  std::vector<Writer> writers;
+};
+
+/// Every reader and writer of the tool.
+const Commands& allCommands();
+
+// Registration, one function per family of the library.
+void addScalarCommands(Commands& commands);
+
+// Formatting shared by the families.
+
+/// A float as the value text prints it: shortest exact form, with a decimal
+/// point or an exponent ("3.0", "0.1", "1e+20").
+std::string formatFloat(float f);
+
+/// Parses the value text of an input, failing with a usage error.
+KR::KRValue parseInput(const std::string& text);
+
+/// Thrown for input the tool cannot use (exit status 2), as opposed to the
+/// library's own std::runtime_error (exit status 1).
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace krvaluetool

@@ -1,0 +1,126 @@
+// krvalue: runs the readers and writers of libkrvalueutils from a shell.
+//
+//   krvalue read READER 'VALUE' [--name NAME] [--field FIELD] [--min A --max B]
+//   krvalue write WRITER 'INPUT'
+//   krvalue list
+//
+// VALUE is the JSON text form of a KR::KRValue ("-" reads it from standard
+// input). A reader prints its typed result; a failing one prints the
+// library's message and exits with status 1. Warnings go to standard error.
+// Unusable input (bad text, unknown reader) exits with status 2.
+#include "commands.h"
+
+#include <zu/log.h>
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <iterator>
+#include <stdexcept>
+
+namespace {
+
+using krvaluetool::Options;
+
+std::string readInput(const std::string& argument) {
+  if (argument != "-") {
+    return argument;
+  }
+  return std::string(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
+}
+
+template <typename Command>
+const Command* find(const std::vector<Command>& commands, const std::string& name) {
+  for (const Command& command : commands) {
+    if (command.name == name) {
+      return &command;
+    }
+  }
+  return nullptr;
+}
+
+void printList() {
+  const krvaluetool::Commands& commands = krvaluetool::allCommands();
+  std::cout << "readers (krvalue read READER VALUE):\n";
+  for (const auto& reader : commands.readers) {
+    std::cout << "  " << reader.name << "  " << reader.usage << "\n";
+  }
+  std::cout << "writers (krvalue write WRITER INPUT):\n";
+  for (const auto& writer : commands.writers) {
+    std::cout << "  " << writer.name << "  " << writer.usage << "\n";
+  }
+}
+
+// Runs a command, mapping the library's failures to status 1 and unusable
+// input to status 2.
+template <typename Body>
+int run(Body body) {
+  try {
+    std::cout << body() << "\n";
+    return 0;
+  } catch (const krvaluetool::UsageError& e) {
+    std::cerr << "krvalue: " << e.what() << "\n";
+    return 2;
+  } catch (const std::exception& e) {
+    std::cout << e.what() << "\n";
+    return 1;
+  }
+}
+
+void addOptions(CLI::App* command, Options& options) {
+  command->add_option("--name", options.name, "argument name used in messages")
+      ->capture_default_str();
+  command->add_option("--field", options.field, "field name used in messages")
+      ->capture_default_str();
+  command->add_option("--min", options.min, "lower bound of a clipping range")
+      ->capture_default_str();
+  command->add_option("--max", options.max, "upper bound of a clipping range")
+      ->capture_default_str();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  zu::log::subscribe(zu::log::consoleHandler);
+
+  CLI::App app{"Reads and writes KR::KRValue arguments with libkrvalueutils"};
+  app.require_subcommand(1);
+
+  Options options;
+  std::string commandName;
+  std::string input;
+
+  CLI::App* read = app.add_subcommand("read", "run a reader on a value");
+  read->add_option("READER", commandName, "reader name (see: krvalue list)")->required();
+  read->add_option("VALUE", input, "value as JSON text, or - for standard input")->required();
+  addOptions(read, options);
+
+  CLI::App* write = app.add_subcommand("write", "run a writer on its input");
+  write->add_option("WRITER", commandName, "writer name (see: krvalue list)")->required();
+  write->add_option("INPUT", input, "input text, or - for standard input")->required();
+  addOptions(write, options);
+
+  app.add_subcommand("list", "list every reader and writer");
+
+  CLI11_PARSE(app, argc, argv);
+
+  const krvaluetool::Commands& commands = krvaluetool::allCommands();
+  if (app.got_subcommand("list")) {
+    printList();
+    return 0;
+  }
+  if (read->parsed()) {
+    const krvaluetool::Reader* reader = find(commands.readers, commandName);
+    if (reader == nullptr) {
+      std::cerr << "krvalue: unknown reader '" << commandName << "' (see: krvalue list)\n";
+      return 2;
+    }
+    return run([&] { return reader->run(krvaluetool::parseInput(readInput(input)), options); });
+  }
+  const krvaluetool::Writer* writer = find(commands.writers, commandName);
+  if (writer == nullptr) {
+    std::cerr << "krvalue: unknown writer '" << commandName << "' (see: krvalue list)\n";
+    return 2;
+  }
+  return run([&] { return writer->run(readInput(input), options); });
+}
