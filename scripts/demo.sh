@@ -14,7 +14,10 @@ krvalue=build/release/tools/krvalue
 # show, so its status is printed instead of stopping the script.
 show() {
   printf '\n$ krvalue'
-  printf " '%s'" "$@"
+  local word
+  for word in "$@"; do
+    if [[ "$word" =~ ^[A-Za-z0-9._/-]+$ ]]; then printf ' %s' "$word"; else printf " '%s'" "$word"; fi
+  done
   printf '\n'
   local status=0
   "$krvalue" "$@" || status=$?

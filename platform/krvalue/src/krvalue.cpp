@@ -28,9 +28,16 @@ static_assert(sizeof(KRValueArrayBlock) % alignof(KRValue) == 0,
                            std::to_string(kMaxArraySize));
 }
 
+// "an int", "a string": a kind's name with its article, for messages.
+std::string withArticle(KRValue::Type type) {
+  const bool vowel = type == KRValue::TypeInvalid || type == KRValue::TypeInt ||
+                     type == KRValue::TypeArray;
+  return std::string(vowel ? "an " : "a ") + KRValue::typeName(type);
+}
+
 [[noreturn]] void throwCannotPushOnto(KRValue::Type type) {
-  throw std::runtime_error(std::string("KRValue: cannot append an element to a ") +
-                           KRValue::typeName(type) + " value");
+  throw std::runtime_error("KRValue: cannot append an element to " + withArticle(type) +
+                           " value");
 }
 
 // A block with room for `capacity` elements and none constructed.
@@ -493,7 +500,7 @@ const char* KRValue::typeName(Type type) noexcept {
 
 void KRValue::throwBadIndex(int i) const {
   if (type_ != TypeArray) {
-    throw std::runtime_error(std::string("KRValue: cannot index a ") + typeName(type_) +
+    throw std::runtime_error("KRValue: cannot index " + withArticle(type_) +
                              " value, expected an array");
   }
   throw std::runtime_error("KRValue: index " + std::to_string(i) +
@@ -502,9 +509,8 @@ void KRValue::throwBadIndex(int i) const {
 }
 
 void KRValue::throwBadKind(const char* expected) const {
-  const bool vowel = type_ == TypeInvalid || type_ == TypeInt || type_ == TypeArray;
   throw std::runtime_error(std::string("KRValue: expected ") + expected + " value but found " +
-                           (vowel ? "an " : "a ") + typeName(type_) + " value");
+                           withArticle(type_) + " value");
 }
 
 }  // namespace KR

@@ -55,6 +55,7 @@ namespace KR {
 ///   "objects are not supported"  N is the offset of the object's '{'
 ///   "integer out of range"       N is the offset of the number's first byte
 ///   "float out of range"         N is the offset of the number's first byte
+/// The detail of a range error quotes the number, cut short past 32 bytes.
 KRVALUETEXT_API KRValue parseKRValue(const std::string& text);
 
 /// Prints a value as compact JSON text: array elements separated by ", "
@@ -64,8 +65,8 @@ KRVALUETEXT_API KRValue parseKRValue(const std::string& text);
 /// reads back to the same float, always with a decimal point or an exponent so
 /// that it reads back as a float: 3.0f gives "3.0", 1e20f "1e+20", -0.0f
 /// "-0.0"; non-finite floats give NaN, Infinity, -Infinity (not JSON, see
-/// above). A string escapes '"', '\\' and control characters (\b \f \n \r \t,
-/// others as \u00XX); other characters, including non-ASCII UTF-8 and DEL,
+/// above). A string escapes the double quote, the backslash and control
+/// characters (\b \f \n \r \t, others as \u00XX); other characters, including non-ASCII UTF-8 and DEL,
 /// are copied as they are, and bytes that are not valid UTF-8 become U+FFFD.
 KRVALUETEXT_API std::string printKRValue(const KRValue& value);
 
