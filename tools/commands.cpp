@@ -10,6 +10,7 @@ const Commands& allCommands() {
   static const Commands commands = [] {
     Commands c;
     addScalarCommands(c);
+    addGeometryCommands(c);
     return c;
   }();
   return commands;

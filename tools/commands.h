@@ -16,6 +16,7 @@ struct Options {
   std::string field = "value";  // --field: the field name in messages
   float min = 0.0f;             // --min, --max: a range, for the clipping readers
   float max = 1.0f;
+  bool singleGroup = false;     // --single-group: the group readers' isSingleGroup
 };
 
 /// A reader: turns a value into its typed result and prints that result.
@@ -43,6 +44,7 @@ const Commands& allCommands();
 
 // Registration, one function per family of the library.
 void addScalarCommands(Commands& commands);
+void addGeometryCommands(Commands& commands);
 
 // Formatting shared by the families.
 

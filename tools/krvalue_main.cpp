@@ -76,6 +76,8 @@ void addOptions(CLI::App* command, Options& options) {
       ->capture_default_str();
   command->add_option("--max", options.max, "upper bound of a clipping range")
       ->capture_default_str();
+  command->add_flag("--single-group", options.singleGroup,
+                    "group readers: a list of records is one group");
 }
 
 }  // namespace

@@ -18,6 +18,13 @@
 #include <kr/krvalue.h>
 #include <kr/krvalueutils_export.h>
 #include <kr/math/frame.h>
+#include <kr/math/pose2d.h>
+#include <kr/math/pose2dandtime.h>
+#include <kr/math/pose2dposvelacc.h>
+#include <kr/math/position2d.h>
+#include <kr/math/position3d.h>
+#include <kr/math/position6d.h>
+#include <kr/math/transform.h>
 
 #include <boost/chrono/duration.hpp>
 
@@ -107,6 +114,130 @@ KRVALUEUTILS_API boost::chrono::nanoseconds extractDuration(const KR::KRValue& s
 /// Seconds beyond the int range wrap modulo 2^32.
 KRVALUEUTILS_API void convertDurationToKRValue(const boost::chrono::nanoseconds& duration,
                                                KR::KRValue& seconds, KR::KRValue& microseconds);
+
+// ---------------------------------------------------------------------------
+// Geometry records. Values are positional arrays; each number is read with
+// extractFloat under the field name given ("x", "y", "theta", ...). Fields are
+// written in order as they are read, so a failure at element k leaves the
+// fields before k overwritten; a failure of the shape test leaves `out`
+// untouched.
+
+/// [x, y], or [[x, y, ...]] nested once. Shape failures: those of
+/// checkArrayFromKRValue, then "KRMotion: <name> Position2D is not valid. It
+/// has to be [x, y]." (a size of 3 or more, a size of 2 whose element 0 is not
+/// a number, a size of 1 whose element is not an array).
+KRVALUEUTILS_API void extractPosition2DFromKRValue(const KR::KRValue& value,
+                                                   const std::string& name,
+                                                   KR::Math::Position2D& out);
+
+/// [x, y, theta, ...]; elements from index 3 on are ignored. Anything that is
+/// not an array of at least three elements fails with "KRMotion: <name>
+/// Pose2D is not valid. It has to be [x, y, theta]."
+KRVALUEUTILS_API void extractPose2DFromKRValue(const KR::KRValue& value, const std::string& name,
+                                               KR::Math::Pose2D& out);
+
+/// [x, y, theta] (time -1.0, the mark of an absent time) or
+/// [x, y, theta, time, ...]; the pose is read as extractPose2DFromKRValue.
+KRVALUEUTILS_API void extractPose2DAndTimeFromKRValue(const KR::KRValue& value,
+                                                      const std::string& name,
+                                                      KR::Math::Pose2DAndTime& out);
+
+/// Exactly [x, y, z]; else "KRMotion: <name> Expected an KRValue with 3 floats
+/// for x, y, z."
+KRVALUEUTILS_API void extractPosition3DFromKRValue(const KR::KRValue& value,
+                                                   const std::string& name,
+                                                   KR::Math::Position3D& out);
+
+/// Exactly [x, y, z, wx, wy, wz]; else "KRMotion: <name> Expected an KRValue
+/// with 6 floats for x, y, z, wx, wy, wz."
+KRVALUEUTILS_API void extractPosition6DFromKRValue(const KR::KRValue& value,
+                                                   const std::string& name,
+                                                   KR::Math::Position6D& out);
+
+/// Exactly six floats; else "KRMotion: <name> Expected an vector with 6 floats
+/// for x, y, z, wx, wy, wz."
+KRVALUEUTILS_API void extractPosition6DFromVector(const std::vector<float>& values,
+                                                  const std::string& name,
+                                                  KR::Math::Position6D& out);
+
+/// 12 or 16 numbers, row by row (r1_c1 ... r3_c4; a fourth row is neither read
+/// nor checked); else "KRMotion: <name> Expected an KRValue with 12 or 16
+/// floats." A matrix that is a transform within 0.001 is kept as read; one
+/// within 0.01 is repaired with normalizeTransform() and reported by one line
+/// on standard error, "KRMotion: <name> It is not exactly a transform.";
+/// anything else fails with "KRMotion: <name> Wrong Transform given." after
+/// all twelve fields have been written.
+KRVALUEUTILS_API void extractTransformFromKRValue(const KR::KRValue& value,
+                                                  const std::string& name,
+                                                  KR::Math::Transform& out);
+
+// ---------------------------------------------------------------------------
+// Geometry lists. One record or a list of records in the same argument: a
+// value is one record when its size is one of the record's single sizes
+// (Position2D 2, Pose2D 3, Pose2DAndTime 3 or more, Position3D 3, Position6D
+// 6, Transform 12 or 16) and its element 0 is a number; otherwise each
+// element is read as one record. The output is emptied first, then sized
+// before any element is read: after a failure at element k it holds every
+// record, those after k default-made. Shape failures are those of
+// checkArrayFromKRValue, except for Position3D lists (below).
+
+KRVALUEUTILS_API void extractVectorPose2DFromKRValue(const KR::KRValue& value,
+                                                     const std::string& name,
+                                                     std::vector<KR::Math::Pose2D>& out);
+KRVALUEUTILS_API void extractVectorPosition2DFromKRValue(const KR::KRValue& value,
+                                                         const std::string& name,
+                                                         std::vector<KR::Math::Position2D>& out);
+KRVALUEUTILS_API void extractVectorPose2DAndTimeFromKRValue(
+    const KR::KRValue& value, const std::string& name, std::vector<KR::Math::Pose2DAndTime>& out);
+/// An invalid value, a value that is not an array and an empty array all give
+/// an empty list without error.
+KRVALUEUTILS_API void extractVectorPosition3DFromKRValue(const KR::KRValue& value,
+                                                         const std::string& name,
+                                                         std::vector<KR::Math::Position3D>& out);
+KRVALUEUTILS_API void extractVectorPosition6DFromKRValue(const KR::KRValue& value,
+                                                         const std::string& name,
+                                                         std::vector<KR::Math::Position6D>& out);
+KRVALUEUTILS_API void extractVectorTransformFromKRValue(const KR::KRValue& value,
+                                                        const std::string& name,
+                                                        std::vector<KR::Math::Transform>& out);
+
+/// Groups of records. One record gives one group of one. A list whose every
+/// element is a record gives one group per record, or a single group of all
+/// of them when `isSingleGroup` is true. Otherwise (some element is not a
+/// record) each element is one group, read by the list reader above.
+KRVALUEUTILS_API void extractVectorPosition6DFromKRValue(
+    const KR::KRValue& value, const std::string& name, const bool& isSingleGroup,
+    std::vector<std::vector<KR::Math::Position6D>>& out);
+KRVALUEUTILS_API void extractVectorTransformFromKRValue(
+    const KR::KRValue& value, const std::string& name, const bool& isSingleGroup,
+    std::vector<std::vector<KR::Math::Transform>>& out);
+
+// ---------------------------------------------------------------------------
+// Geometry writers. Every number is written as a float element. The
+// extractKRValueFrom... writers clear `out` and push elements, so an empty
+// input vector leaves `out` cleared (invalid); the create... writers make an
+// array of the input's size, so an empty input gives an empty array.
+
+/// [x, y]
+KRVALUEUTILS_API void extractKRValueFromPosition2D(const KR::Math::Position2D& p,
+                                                   KR::KRValue& out);
+/// [[x, y], ...]
+KRVALUEUTILS_API void extractKRValueFromVectorPosition2D(
+    const std::vector<KR::Math::Position2D>& v, KR::KRValue& out);
+/// [x, y, theta]
+KRVALUEUTILS_API void extractKRValueFromPose2D(const KR::Math::Pose2D& p, KR::KRValue& out);
+/// [[position x, y, theta], [velocity ...], [acceleration ...]]
+KRVALUEUTILS_API void extractKRValueFromPose2DPosVelAcc(const KR::Math::Pose2DPosVelAcc& p,
+                                                        KR::KRValue& out);
+/// One element per record, each laid out as above.
+KRVALUEUTILS_API void extractKRValueFromVectorPose2DPosVelAcc(
+    const std::vector<KR::Math::Pose2DPosVelAcc>& v, KR::KRValue& out);
+/// [[floats of v[0]], [floats of v[1]], ...]
+KRVALUEUTILS_API void createKRValueFromVectorVectorFloat(const std::vector<std::vector<float>>& v,
+                                                         KR::KRValue& out);
+/// [[x, y, z], ...]
+KRVALUEUTILS_API void createKRValueFromVectorPosition3D(const std::vector<KR::Math::Position3D>& v,
+                                                        KR::KRValue& out);
 
 }  // namespace ValueUtils
 }  // namespace KR

@@ -1,0 +1,266 @@
+// Geometry records: single records, lists, groups and the writers.
+#include "commands.h"
+
+#include <kr/krvaluetext.h>
+#include <kr/krvalueutils.h>
+
+#include <sstream>
+#include <utility>
+
+namespace krvaluetool {
+namespace {
+
+using namespace KR::ValueUtils;
+
+// The shapes of the library's readers and writers.
+template <typename T>
+using ReadFunction = void (*)(const KR::KRValue&, const std::string&, T&);
+template <typename T>
+using GroupReadFunction = void (*)(const KR::KRValue&, const std::string&, const bool&,
+                                   std::vector<std::vector<T>>&);
+template <typename T>
+using WriteFunction = void (*)(const T&, KR::KRValue&);
+
+// Formatting. A record prints with its operator<<, a transform as its three
+// rows; the lines of a record after its first are indented by `indent`.
+
+std::string indentLines(const std::string& text, const std::string& indent) {
+  std::string result;
+  for (const char c : text) {
+    result += c;
+    if (c == '\n') {
+      result += indent;
+    }
+  }
+  return result;
+}
+
+std::string formatRow(float c1, float c2, float c3, float c4) {
+  return "[" + formatFloat(c1) + ", " + formatFloat(c2) + ", " + formatFloat(c3) + ", " +
+         formatFloat(c4) + "]";
+}
+
+std::string describe(const KR::Math::Transform& t) {
+  return formatRow(t.r1_c1, t.r1_c2, t.r1_c3, t.r1_c4) + "\n" +
+         formatRow(t.r2_c1, t.r2_c2, t.r2_c3, t.r2_c4) + "\n" +
+         formatRow(t.r3_c1, t.r3_c2, t.r3_c3, t.r3_c4);
+}
+
+template <typename T>
+std::string describe(const T& record) {
+  std::ostringstream out;
+  out << record;
+  return out.str();
+}
+
+/// One record per line, "i: record".
+template <typename T>
+std::string formatList(const std::vector<T>& list) {
+  std::string text;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const std::string label = std::to_string(i) + ": ";
+    text +=
+        (i ? "\n" : "") + label + indentLines(describe(list[i]), std::string(label.size(), ' '));
+  }
+  return text;
+}
+
+/// "group i:", then its records indented.
+template <typename T>
+std::string formatGroups(const std::vector<std::vector<T>>& groups) {
+  std::string text;
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    text += (i ? "\n" : "") + std::string("group ") + std::to_string(i) + ":";
+    if (!groups[i].empty()) {
+      text += "\n  " + indentLines(formatList(groups[i]), "  ");
+    }
+  }
+  return text;
+}
+
+// Inputs that no single library reader takes.
+
+void checkToolArray(const KR::KRValue& value, const char* usage) {
+  if (!value.isArray()) {
+    throw UsageError(usage);
+  }
+}
+
+void readFloats(const KR::KRValue& value, const std::string& name, std::vector<float>& out) {
+  checkToolArray(value, "a float vector is given as [NUMBER, ...]");
+  out.clear();
+  for (unsigned int i = 0; i < value.getSize(); ++i) {
+    out.push_back(extractFloat(value[int(i)], name, "KRValue"));
+  }
+}
+
+void readPosition6DFromVector(const KR::KRValue& value, const std::string& name,
+                              KR::Math::Position6D& out) {
+  std::vector<float> values;
+  readFloats(value, name, values);
+  extractPosition6DFromVector(values, name, out);
+}
+
+void readFloatLists(const KR::KRValue& value, const std::string& name,
+                    std::vector<std::vector<float>>& out) {
+  checkToolArray(value, "a list of float vectors is given as [[NUMBER, ...], ...]");
+  out.assign(value.getSize(), {});
+  for (unsigned int i = 0; i < value.getSize(); ++i) {
+    readFloats(value[int(i)], name, out[i]);
+  }
+}
+
+void readPosVelAcc(const KR::KRValue& value, const std::string& name,
+                   KR::Math::Pose2DPosVelAcc& out) {
+  if (!value.isArray() || value.getSize() != 3) {
+    throw UsageError(
+        "a Pose2DPosVelAcc is given as [[px, py, ptheta], [vx, vy, vtheta], [ax, ay, atheta]]");
+  }
+  extractPose2DFromKRValue(value[0], name, out.position);
+  extractPose2DFromKRValue(value[1], name, out.velocity);
+  extractPose2DFromKRValue(value[2], name, out.acceleration);
+}
+
+void readPosVelAccs(const KR::KRValue& value, const std::string& name,
+                    std::vector<KR::Math::Pose2DPosVelAcc>& out) {
+  checkToolArray(value, "a list of Pose2DPosVelAcc is given as [[[px, py, ptheta], ...], ...]");
+  out.assign(value.getSize(), {});
+  for (unsigned int i = 0; i < value.getSize(); ++i) {
+    readPosVelAcc(value[int(i)], name, out[i]);
+  }
+}
+
+// Command makers.
+
+template <typename T>
+Reader recordReader(std::string name, std::string usage, ReadFunction<T> read) {
+  return {std::move(name), std::move(usage), [read](const KR::KRValue& v, const Options& o) {
+            T record;
+            read(v, o.name, record);
+            return describe(record);
+          }};
+}
+
+template <typename T>
+Reader listReader(std::string name, std::string usage, ReadFunction<std::vector<T>> read) {
+  return {std::move(name), std::move(usage), [read](const KR::KRValue& v, const Options& o) {
+            std::vector<T> records;
+            read(v, o.name, records);
+            return formatList(records);
+          }};
+}
+
+template <typename T>
+Reader groupReader(std::string name, std::string usage, GroupReadFunction<T> read) {
+  return {std::move(name), std::move(usage), [read](const KR::KRValue& v, const Options& o) {
+            std::vector<std::vector<T>> groups;
+            read(v, o.name, o.singleGroup, groups);
+            return formatGroups(groups);
+          }};
+}
+
+/// Reads the input text with `read`, writes the result with `write` and
+/// prints the value written.
+template <typename T>
+Writer writer(std::string name, std::string usage, ReadFunction<T> read, WriteFunction<T> write) {
+  return {std::move(name), std::move(usage),
+          [read, write](const std::string& input, const Options& o) {
+            T record{};
+            read(parseInput(input), o.name, record);
+            KR::KRValue out;
+            write(record, out);
+            return KR::printKRValue(out);
+          }};
+}
+
+void addRecordReaders(Commands& c) {
+  c.readers.push_back(recordReader("position2d", "[X, Y] or [[X, Y]]; prints the Position2D",
+                                   extractPosition2DFromKRValue));
+  c.readers.push_back(
+      recordReader("pose2d", "[X, Y, THETA, ...]; prints the Pose2D", extractPose2DFromKRValue));
+  c.readers.push_back(recordReader("pose2d-and-time",
+                                   "[X, Y, THETA] or [X, Y, THETA, TIME, ...]; prints the "
+                                   "Pose2DAndTime, time -1 when absent",
+                                   extractPose2DAndTimeFromKRValue));
+  c.readers.push_back(
+      recordReader("position3d", "[X, Y, Z]; prints the Position3D", extractPosition3DFromKRValue));
+  c.readers.push_back(recordReader("position6d", "[X, Y, Z, WX, WY, WZ]; prints the Position6D",
+                                   extractPosition6DFromKRValue));
+  c.readers.push_back(recordReader("position6d-vector",
+                                   "[NUMBER, ...]; reads six floats as a Position6D through "
+                                   "a float vector",
+                                   readPosition6DFromVector));
+  c.readers.push_back(recordReader("transform",
+                                   "[12 or 16 NUMBERS], row by row; prints the three rows, "
+                                   "repairing a nearly valid matrix (noted on standard error)",
+                                   extractTransformFromKRValue));
+}
+
+void addListReaders(Commands& c) {
+  c.readers.push_back(listReader("position2ds",
+                                 "[X, Y] or [[X, Y], ...]; prints one Position2D per line",
+                                 extractVectorPosition2DFromKRValue));
+  c.readers.push_back(listReader("pose2ds",
+                                 "[X, Y, THETA] or [[X, Y, THETA], ...]; prints one Pose2D "
+                                 "per line",
+                                 extractVectorPose2DFromKRValue));
+  c.readers.push_back(listReader("pose2d-and-times",
+                                 "[X, Y, THETA, TIME] or a list of them; prints one "
+                                 "Pose2DAndTime per line",
+                                 extractVectorPose2DAndTimeFromKRValue));
+  c.readers.push_back(listReader("position3ds",
+                                 "[X, Y, Z] or [[X, Y, Z], ...]; prints one Position3D per line "
+                                 "(anything else: an empty list)",
+                                 extractVectorPosition3DFromKRValue));
+  c.readers.push_back(listReader("position6ds",
+                                 "[X, Y, Z, WX, WY, WZ] or a list of them; prints one "
+                                 "Position6D per line",
+                                 extractVectorPosition6DFromKRValue));
+  c.readers.push_back(listReader("transforms",
+                                 "[12 or 16 NUMBERS] or a list of them; prints each as three rows",
+                                 extractVectorTransformFromKRValue));
+  c.readers.push_back(groupReader("position6d-groups",
+                                  "a Position6D, a list of them or a list of lists; prints each "
+                                  "group (uses --single-group)",
+                                  extractVectorPosition6DFromKRValue));
+  c.readers.push_back(groupReader("transform-groups",
+                                  "a transform, a list of them or a list of lists; prints each "
+                                  "group (uses --single-group)",
+                                  extractVectorTransformFromKRValue));
+}
+
+void addWriters(Commands& c) {
+  c.writers.push_back(writer("position2d", "[X, Y]; prints [x, y] as float values",
+                             extractPosition2DFromKRValue, extractKRValueFromPosition2D));
+  c.writers.push_back(writer("position2ds", "[[X, Y], ...]; prints [[x, y], ...]",
+                             extractVectorPosition2DFromKRValue,
+                             extractKRValueFromVectorPosition2D));
+  c.writers.push_back(writer("pose2d", "[X, Y, THETA]; prints [x, y, theta]",
+                             extractPose2DFromKRValue, extractKRValueFromPose2D));
+  c.writers.push_back(writer("pose2d-pos-vel-acc",
+                             "[[PX, PY, PTHETA], [VX, VY, VTHETA], [AX, AY, ATHETA]]; prints "
+                             "the three poses",
+                             readPosVelAcc, extractKRValueFromPose2DPosVelAcc));
+  c.writers.push_back(writer("pose2d-pos-vel-accs",
+                             "[POS-VEL-ACC, ...]; prints one element per record (an empty "
+                             "list: null)",
+                             readPosVelAccs, extractKRValueFromVectorPose2DPosVelAcc));
+  c.writers.push_back(writer("vector-vector-float",
+                             "[[NUMBER, ...], ...]; prints the lists as float values",
+                             readFloatLists, createKRValueFromVectorVectorFloat));
+  c.writers.push_back(writer("position3ds",
+                             "[X, Y, Z] or [[X, Y, Z], ...]; prints [[x, y, z], ...] as float "
+                             "values (anything else: [])",
+                             extractVectorPosition3DFromKRValue,
+                             createKRValueFromVectorPosition3D));
+}
+
+}  // namespace
+
+void addGeometryCommands(Commands& c) {
+  addRecordReaders(c);
+  addListReaders(c);
+  addWriters(c);
+}
+
+}  // namespace krvaluetool
