@@ -39,3 +39,10 @@ show read frame 5 --name frame
 show read duration '[1, 500000]' --name period
 show read duration '["s", null]' --name period
 show write duration 1500000000
+show read pose2d '[1, 2, 0.5]' --name target
+show read pose2d '[1, 2]' --name target
+show read pose2ds '[[1, 2, 3], [4, 5, 6, 7]]' --name targets
+show read transform '[1, 0, 0, 0.5, 0, 1.004, 0, 0, 0, 0, 1, 0]' --name handPose
+show read transform '[2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0]' --name handPose
+show read position6d-groups '[[[1, 2, 3, 0, 0, 0], [4, 5, 6, 0, 0, 0]], [7, 8, 9, 0, 0, 0]]'
+show write pose2d-pos-vel-acc '[[1, 2, 3], [4, 5, 6], [7, 8, 9]]'
