@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "test_support.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <limits>
 #include <new>
-#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -40,11 +41,6 @@ struct HeapCount {
 
 // Heap-allocated text, so that ASan sees a dangling or leaked string.
 std::string longText(int i) { return "element text beyond the small buffer #" + std::to_string(i); }
-
-std::string thrownMessage(const std::function<void()>& f) {
-  try { f(); } catch (const std::runtime_error& e) { return e.what(); }
-  return "<nothing thrown>";
-}
 
 TEST(KRValueKinds, EachConstructorPicksOneKind) {
   const std::pair<KRValue, KRValue::Type> cases[] = {
@@ -92,7 +88,7 @@ TEST(KRValueArraySetSize, ReplacesGrowsShrinksRefusesNegative) {
   // Growing again inside the old room must not bring dropped elements back.
   v.arraySetSize(3);
   EXPECT_EQ(v, KRValue::array(1, KRValue(), KRValue()));
-  EXPECT_NE(thrownMessage([&] { v.arraySetSize(-1); }).find("negative size -1"), std::string::npos);
+  EXPECT_NE(messageOf([&] { v.arraySetSize(-1); }).find("negative size -1"), std::string::npos);
   EXPECT_EQ(v, KRValue::array(1, KRValue(), KRValue()));
 }
 
@@ -113,8 +109,8 @@ TEST(KRValuePush, InvalidBecomesArrayScalarsRefuseAndStayPut) {
   for (const auto& [scalar, name] : scalars) {
     const std::string message = "KRValue: cannot append an element to " + name + " value";
     KRValue s = scalar;
-    EXPECT_EQ(thrownMessage([&] { s.arrayPush(KRValue(1)); }), message);
-    EXPECT_EQ(thrownMessage([&] { s.arrayReserve(4); }), message);
+    EXPECT_EQ(messageOf([&] { s.arrayPush(KRValue(1)); }), message);
+    EXPECT_EQ(messageOf([&] { s.arrayReserve(4); }), message);
     EXPECT_EQ(s, scalar);
   }
 }
@@ -201,7 +197,7 @@ TEST(KRValueConversions, AcceptedKindsAndMisuse) {
       {[&] { (void)i[0]; }, "cannot index an int value, expected an array"},
       {[&] { (void)KRValue()[0]; }, "cannot index an invalid value, expected an array"},
   };
-  for (const auto& [use, message] : cases) EXPECT_EQ(thrownMessage(use), "KRValue: " + message);
+  for (const auto& [use, message] : cases) EXPECT_EQ(messageOf(use), "KRValue: " + message);
 }
 
 TEST(KRValueEquality, SameKindAndContentDeeply) {

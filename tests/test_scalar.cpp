@@ -8,13 +8,13 @@
 
 #include <gtest/gtest.h>
 
+#include "test_support.h"
+
 #include <bitset>
 #include <climits>
 #include <cstdint>
 #include <limits>
-#include <stdexcept>
 #include <string>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -27,20 +27,6 @@ using Lines = std::vector<std::string>;
 
 const KRValue kInvalid;
 const KRValue kEmpty{std::vector<float>{}};
-const char* const kNoThrow = "<no exception>";
-
-// Runs `f` and returns the message of the std::runtime_error it throws (never
-// a subclass; anything else escapes and fails the test), or kNoThrow.
-template <typename F>
-std::string messageOf(F&& f) {
-  try {
-    f();
-  } catch (const std::runtime_error& e) {
-    EXPECT_EQ(typeid(e), typeid(std::runtime_error)) << e.what();
-    return e.what();
-  }
-  return kNoThrow;
-}
 
 TEST(CheckArray, ChecksValidityThenEmptinessThenKind) {
   const std::pair<KRValue, const char*> cases[] = {
