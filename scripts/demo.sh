@@ -46,3 +46,10 @@ show read transform '[1, 0, 0, 0.5, 0, 1.004, 0, 0, 0, 0, 1, 0]' --name handPose
 show read transform '[2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0]' --name handPose
 show read position6d-groups '[[[1, 2, 3, 0, 0, 0], [4, 5, 6, 0, 0, 0]], [7, 8, 9, 0, 0, 0]]'
 show write pose2d-pos-vel-acc '[[1, 2, 3], [4, 5, 6], [7, 8, 9]]'
+show read float-groups '[[1, 2], 3]'
+show read bools '[true, null, "x", 0]'
+show read key-value-map '[["speed", 0.5], ["mode", "fast"], ["speed", 1]]' --name config
+show read rest-requests '[[["LArm", "RArm"], "Safe"], [["Head"], [0.5]]]' --name rest
+show read rest-requests '[[["LArm"], "Custom"]]' --name rest
+show write rest-requests '[[["LArm", "RArm"], "Safe"]]'
+show read support-sequences '[["walk", [0.5, 1.0], true], ["walk", [], []]]' --name supports

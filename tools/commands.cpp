@@ -11,6 +11,8 @@ const Commands& allCommands() {
     Commands c;
     addScalarCommands(c);
     addGeometryCommands(c);
+    addListCommands(c);
+    addStateCommands(c);
     return c;
   }();
   return commands;

@@ -17,6 +17,8 @@ struct Options {
   float min = 0.0f;             // --min, --max: a range, for the clipping readers
   float max = 1.0f;
   bool singleGroup = false;     // --single-group: the group readers' isSingleGroup
+  unsigned int count = 1;       // --count: how often the bool-list reader repeats one bool
+  bool skipSecond = false;      // --skip-second: the map reader's skipSecondElement
 };
 
 /// A reader: turns a value into its typed result and prints that result.
@@ -45,6 +47,8 @@ const Commands& allCommands();
 // Registration, one function per family of the library.
 void addScalarCommands(Commands& commands);
 void addGeometryCommands(Commands& commands);
+void addListCommands(Commands& commands);
+void addStateCommands(Commands& commands);
 
 // Formatting shared by the families.
 

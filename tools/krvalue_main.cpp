@@ -78,6 +78,10 @@ void addOptions(CLI::App* command, Options& options) {
       ->capture_default_str();
   command->add_flag("--single-group", options.singleGroup,
                     "group readers: a list of records is one group");
+  command->add_option("--count", options.count, "bool-list reader: how often one bool repeats")
+      ->capture_default_str();
+  command->add_flag("--skip-second", options.skipSecond,
+                    "map reader: entries are [key, skipped, value]");
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 
 #include <kr/krvalue.h>
 #include <kr/krvalueutils_export.h>
+#include <kr/restrequest.h>
 #include <kr/math/frame.h>
 #include <kr/math/pose2d.h>
 #include <kr/math/pose2dandtime.h>
@@ -24,11 +25,13 @@
 #include <kr/math/position2d.h>
 #include <kr/math/position3d.h>
 #include <kr/math/position6d.h>
+#include <kr/math/supportsequence.h>
 #include <kr/math/transform.h>
 
 #include <boost/chrono/duration.hpp>
 
 #include <bitset>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -97,6 +100,98 @@ KRVALUEUTILS_API void extractVectorAxisMaskFromKRValue(const KR::KRValue& value,
 KRVALUEUTILS_API void extractVectorFrameFromKRValue(const KR::KRValue& value,
                                                     const std::string& name,
                                                     std::vector<KR::Math::FRAME>& frames);
+
+// ---------------------------------------------------------------------------
+// Lists and maps. Each output is cleared first.
+
+/// A number (int or float) is a list of one; otherwise a non-empty array of
+/// numbers, each read with extractFloat (field name "KRValue"). The list is
+/// sized before the elements are read: a failure at element k leaves it at
+/// full size, the entries from k on 0.
+KRVALUEUTILS_API void extractVectorFloatsFromKRValue(const KR::KRValue& value,
+                                                     const std::string& name,
+                                                     std::vector<float>& floats);
+
+/// Groups of floats. A number is one group of one. A non-empty array of
+/// numbers is one group of all of them when `isSingleGroup` is true, else one
+/// group per number; a list wrapped once, [[x1, x2, ...]], likewise (with
+/// `isSingleGroup` false, [[]] gives no groups, with true it fails as empty).
+/// Any other array gives one group per element, each read as a flat list.
+KRVALUEUTILS_API void extractVectorFloatsFromKRValue(const KR::KRValue& value,
+                                                     const std::string& name,
+                                                     const bool& isSingleGroup,
+                                                     std::vector<std::vector<float>>& groups);
+
+/// A string is a list of one; otherwise a non-empty array whose elements are
+/// taken with the value's string conversion (a non-string element throws the
+/// value type's std::runtime_error, naming the kind it found).
+KRVALUEUTILS_API void extractVectorStringsFromKRValue(const KR::KRValue& value,
+                                                      const std::string& name,
+                                                      std::vector<std::string>& strings);
+
+/// A bool, int or float (non-zero is true) repeated `count` times; or an
+/// array whose bool, int and float elements are converted in order, any other
+/// element being skipped (never a failure; `count` plays no part). Throws
+/// "<name> : Expected a bool or vector of bool but found an invalid KRValue"
+/// for an invalid value and "<name> : Expected a bool, int, float or array but
+/// found an invalid KRValue" for any other kind.
+KRVALUEUTILS_API void extractVectorBoolsFromKRValue(const KR::KRValue& value, unsigned int count,
+                                                    const std::string& name,
+                                                    std::vector<bool>& bools);
+
+/// An array of entries [key, value, ...] (or [key, skipped, value, ...] when
+/// `skipSecondElement` is true), key a string; the first entry with a given
+/// key wins. Throws "<name> KRValue is invalid", "<name> KRValue is not valid:
+/// it should be an array." or, for a malformed entry, "<name> KRValue is not
+/// valid. It should be an array of length 2 arrays, the first element being
+/// an std::string." followed by a line feed; entries read before a malformed
+/// one stay in the map.
+KRVALUEUTILS_API void extractKeyValueMapFromKRValue(const KR::KRValue& value,
+                                                    const std::string& name,
+                                                    bool skipSecondElement,
+                                                    std::map<std::string, KR::KRValue>& map);
+
+// ---------------------------------------------------------------------------
+// Rest requests (the record and its comparisons are in kr/restrequest.h)
+
+/// [request, ...], each request [names, second, ...] where second is one mode
+/// name for all ("Safe" or "Immediate"), a list of angles (every name
+/// CUSTOM), or a list of mode names paired with the names by index. Requests
+/// completed before a failing element stay in `requests`. A second element
+/// that is an empty array fails with checkArrayFromKRValue's message.
+KRVALUEUTILS_API void extractVectorRestRequestFromKRValue(const KR::KRValue& value,
+                                                          const std::string& name,
+                                                          std::vector<KR::RestRequest>& requests);
+
+/// [[names, modes], ...] for requests without angles (modes: the mode name of
+/// each entry of names), [[names, angles], ...] for the others; an empty list
+/// leaves `value` cleared. A name without a mode throws std::out_of_range
+/// ("map::at"), leaving the items of the requests before it in `value`.
+KRVALUEUTILS_API void extractKRValueFromVectorRestRequest(
+    const std::vector<KR::RestRequest>& requests, KR::KRValue& value);
+
+// ---------------------------------------------------------------------------
+// Support sequences
+
+/// [name, floats, bools]: the floats as extractVectorFloatsFromKRValue reads
+/// them, the bools as extractVectorBoolsFromKRValue reads them with the number
+/// of floats as count, and as many bools as floats (else the record's
+/// constructor throws). [name, [], []] is the empty sequence. Throws
+/// "KRMotion: <name> Expected an KRValue of size 3." or "KRMotion: <name>
+/// Expected a string as first element."; `sequence` is replaced only once
+/// everything has been read.
+KRVALUEUTILS_API void extractSupportSequenceFromKRValue(const KR::KRValue& value,
+                                                        const std::string& name,
+                                                        KR::Math::SupportSequence& sequence);
+
+/// [sequence, ...] with pairwise different names. Throws "KRMotion: <name>
+/// SupportSequence KRValue is not an array" or, at the first repeated name,
+/// "KRMotion: <name> At least two support sequences containt the same name.".
+/// The list is sized before reading: after a failure the sequences read so
+/// far (a duplicate included) keep their data and the others are default.
+KRVALUEUTILS_API void extractVectorSupportSequenceFromKRValue(
+    const KR::KRValue& value, const std::string& name,
+    std::vector<KR::Math::SupportSequence>& sequences);
 
 // ---------------------------------------------------------------------------
 // Durations, exchanged as two int values: whole seconds and microseconds

@@ -1,0 +1,227 @@
+// Lists and maps: flat float lists, groups of floats, string and bool lists,
+// and string-keyed maps of values.
+//
+// Each reader has its own tolerance on purpose: a single number or string
+// stands for a list of one, the bool reader repeats a single bool and skips
+// array elements it cannot use, and the map reader stops at the first
+// malformed entry but keeps what it has inserted.
+#include <kr/krvalueutils.h>
+
+#include "krvalueutils_internal.h"
+
+#include <sstream>
+#include <stdexcept>
+
+namespace KR {
+namespace ValueUtils {
+namespace {
+
+const std::string kKRValueField = "KRValue";
+
+// Messages of the bool reader: the argument name, a blank, then a complaint
+// beginning with ": ", so a blank stands before the colon.
+const char* const kBoolInvalid = ": Expected a bool or vector of bool but found an invalid KRValue";
+// "found an invalid" is the reader's established wording even for a valid
+// value of the wrong kind.
+const char* const kBoolWrongKind =
+    ": Expected a bool, int, float or array but found an invalid KRValue";
+
+// Messages of the map reader: the argument name directly followed by the
+// complaint.
+const char* const kMapInvalid = " KRValue is invalid";
+const char* const kMapNotArray = " KRValue is not valid: it should be an array.";
+
+[[noreturn]] void throwSeparated(const std::string& name, const char* complaint) {
+  throw std::runtime_error(name + " " + complaint);
+}
+
+[[noreturn]] void throwBare(const std::string& name, const char* complaint) {
+  throw std::runtime_error(name + complaint);
+}
+
+// The entry message says "length 2 arrays" even when entries are read as
+// [key, skipped, value]; callers match on this text, line feed included.
+[[noreturn]] void throwMalformedEntry(const std::string& name) {
+  std::ostringstream text;
+  text.flags(text.flags() | std::ios::showpos | std::ios::showpoint | std::ios::left);
+  text << name << " KRValue is not valid. It should be an array of length 2 arrays, "
+       << "the first element being an std::string." << '\n';
+  throw std::runtime_error(text.str());
+}
+
+// Reads a non-empty array of numbers, or a single number, into `floats`. The
+// list is sized before any element is read, so after a failure it keeps its
+// full size, the entries from the failing one on being 0.
+void readFlat(const KR::KRValue& value, const std::string& name, std::vector<float>& floats) {
+  floats.clear();
+  if (detail::isNumber(value)) {
+    floats.assign(1, detail::readFloat(value, name, kKRValueField));
+    return;
+  }
+  detail::checkArray(value, name);
+  const unsigned int size = value.getSize();
+  floats.resize(size);
+  for (unsigned int i = 0; i < size; ++i) {
+    floats[i] = detail::readFloat(value[static_cast<int>(i)], name, kKRValueField);
+  }
+}
+
+bool allNumbers(const KR::KRValue& array) {
+  const unsigned int size = array.getSize();
+  for (unsigned int i = 0; i < size; ++i) {
+    if (!detail::isNumber(array[static_cast<int>(i)])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// One group per element of `array`, each holding that element alone. Every
+// group exists before any number is read, and each gets its single 0 just
+// before its number is read, so a failure leaves the earlier groups filled,
+// the failing group holding 0 and the later groups empty. An empty array gives
+// no groups.
+void readOneNumberPerGroup(const KR::KRValue& array, const std::string& name,
+                           std::vector<std::vector<float>>& groups) {
+  const unsigned int size = array.getSize();
+  groups.resize(size);
+  for (unsigned int i = 0; i < size; ++i) {
+    groups[i].resize(1);
+    groups[i][0] = detail::readFloat(array[static_cast<int>(i)], name, kKRValueField);
+  }
+}
+
+// A list of numbers read as groups: all of it one group, or one group per
+// number. With `isSingleGroup` the flat reader sees the list itself, so an
+// empty list fails there as empty while the per-number form gives no groups.
+void readNumberList(const KR::KRValue& list, const std::string& name, bool isSingleGroup,
+                    std::vector<std::vector<float>>& groups) {
+  if (isSingleGroup) {
+    groups.resize(1);
+    readFlat(list, name, groups[0]);
+    return;
+  }
+  readOneNumberPerGroup(list, name, groups);
+}
+
+bool isBoolLike(const KR::KRValue& value) {
+  return value.isBool() || value.isInt() || value.isFloat();
+}
+
+// An entry is an array long enough to hold its value, with a string key and a
+// valid value. The array test comes first since indexing needs an array.
+bool isWellFormedEntry(const KR::KRValue& entry, unsigned int leastSize, int valuePosition) {
+  return entry.isArray() && entry.getSize() >= leastSize && entry[0].isValid() &&
+         entry[0].isString() && entry[valuePosition].isValid();
+}
+
+}  // namespace
+
+void extractVectorFloatsFromKRValue(const KR::KRValue& value, const std::string& name,
+                                    std::vector<float>& floats) {
+  readFlat(value, name, floats);
+}
+
+void extractVectorFloatsFromKRValue(const KR::KRValue& value, const std::string& name,
+                                    const bool& isSingleGroup,
+                                    std::vector<std::vector<float>>& groups) {
+  groups.clear();
+  // A single number is one group of one, whatever the flag says.
+  if (detail::isNumber(value)) {
+    groups.resize(1);
+    groups[0].assign(1, detail::readFloat(value, name, kKRValueField));
+    return;
+  }
+  detail::checkArray(value, name);
+  if (allNumbers(value)) {
+    readNumberList(value, name, isSingleGroup, groups);
+    return;
+  }
+  const unsigned int size = value.getSize();
+  // A list of numbers wrapped once, [[x1, x2, ...]], reads like the list
+  // itself; its elements are not checked beforehand, so a non-number among
+  // them fails when read.
+  if (size == 1 && value[0].isArray()) {
+    readNumberList(value[0], name, isSingleGroup, groups);
+    return;
+  }
+  // Mixed lists: every element is a group of its own, a number giving a group
+  // of one. After a failure the later groups stay empty.
+  groups.resize(size);
+  for (unsigned int i = 0; i < size; ++i) {
+    readFlat(value[static_cast<int>(i)], name, groups[i]);
+  }
+}
+
+void extractVectorStringsFromKRValue(const KR::KRValue& value, const std::string& name,
+                                     std::vector<std::string>& strings) {
+  strings.clear();
+  if (value.isString()) {
+    strings.assign(1, static_cast<const std::string&>(value));
+    return;
+  }
+  detail::checkArray(value, name);
+  const unsigned int size = value.getSize();
+  strings.resize(size);
+  // The elements' kinds are not tested: the value's string conversion decides
+  // and throws its own error for a non-string element.
+  for (unsigned int i = 0; i < size; ++i) {
+    strings[i] = static_cast<const std::string&>(value[static_cast<int>(i)]);
+  }
+}
+
+void extractVectorBoolsFromKRValue(const KR::KRValue& value, unsigned int count,
+                                   const std::string& name, std::vector<bool>& bools) {
+  bools.clear();
+  if (!value.isValid()) {
+    throwSeparated(name, kBoolInvalid);
+  }
+  // One bool stands for `count` of them (a caller passes the length of a list
+  // the bools go with).
+  if (isBoolLike(value)) {
+    bools.assign(count, static_cast<bool>(value));
+    return;
+  }
+  if (!value.isArray()) {
+    throwSeparated(name, kBoolWrongKind);
+  }
+  // Elements that are not a bool or a number are skipped, never a failure.
+  const unsigned int size = value.getSize();
+  bools.reserve(size);
+  for (unsigned int i = 0; i < size; ++i) {
+    const KR::KRValue& element = value[static_cast<int>(i)];
+    if (isBoolLike(element)) {
+      bools.push_back(static_cast<bool>(element));
+    }
+  }
+}
+
+void extractKeyValueMapFromKRValue(const KR::KRValue& value, const std::string& name,
+                                   bool skipSecondElement,
+                                   std::map<std::string, KR::KRValue>& map) {
+  map.clear();
+  if (!value.isValid()) {
+    throwBare(name, kMapInvalid);
+  }
+  if (!value.isArray()) {
+    throwBare(name, kMapNotArray);
+  }
+  // With skipSecondElement an entry is [key, anything, value, ...]: element 1
+  // is never looked at.
+  const int valuePosition = skipSecondElement ? 2 : 1;
+  const unsigned int leastSize = skipSecondElement ? 3u : 2u;
+  const unsigned int size = value.getSize();
+  for (unsigned int i = 0; i < size; ++i) {
+    const KR::KRValue& entry = value[static_cast<int>(i)];
+    // Entries inserted so far stay in the map when a later one is malformed.
+    if (!isWellFormedEntry(entry, leastSize, valuePosition)) {
+      throwMalformedEntry(name);
+    }
+    // The first entry with a given key wins; try_emplace copies nothing for a
+    // key already present.
+    map.try_emplace(static_cast<const std::string&>(entry[0]), entry[valuePosition]);
+  }
+}
+
+}  // namespace ValueUtils
+}  // namespace KR

@@ -1,0 +1,225 @@
+// The list and map readers: how tolerant each one is, the exact messages, and
+// what the output holds after a failure.
+#include <kr/krvaluetext.h>
+#include <kr/krvalueutils.h>
+
+#include "test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+using KR::KRValue;
+using KRTest::expectRows;
+using KRTest::Row;
+using namespace KR::ValueUtils;
+using Floats = std::vector<float>;
+using Groups = std::vector<Floats>;
+using Strings = std::vector<std::string>;
+using Bools = std::vector<bool>;
+using Map = std::map<std::string, KRValue>;
+
+KRValue parse(const std::string& text) { return KR::parseKRValue(text); }
+
+const std::string kInvalid = "KRMotion: arg KRValue is invalid.";
+const std::string kEmpty = "KRMotion: arg KRValue is empty.";
+const std::string kNotArray = "KRMotion: arg KRValue is not an array.";
+const std::string kNotFloat = "arg KRValue: Expected a float";
+const std::string kInvalidFloat = kNotFloat + " but found an invalid KRValue";
+
+// Every reader reads into an output holding leftovers, so that clearing (and,
+// after a failure, sizing) shows.
+
+TEST(FloatList, SingleNumberOrArrayOfNumbers) {
+  const auto read = [](const std::string& text, Floats& out) {
+    extractVectorFloatsFromKRValue(parse(text), "arg", out);
+  };
+  expectRows<Floats>(read, {9, 9, 9, 9},
+                     {{"2", kNoThrow, {2}},
+                      {"2.5", kNoThrow, {2.5f}},
+                      {"[1, 2.5, -3]", kNoThrow, {1, 2.5f, -3}},
+                      {"[]", kEmpty, {}},
+                      {"null", kInvalid, {}},
+                      {"true", kNotArray, {}},  // a bool is not a number
+                      {"\"1\"", kNotArray, {}},
+                      // Sized before reading: the entries from the failing one on stay 0.
+                      {"[1, \"a\"]", kNotFloat, {1, 0}},
+                      {"[1, null, 3]", kInvalidFloat, {1, 0, 0}},
+                      {"[[1]]", kNotFloat, {0}}});
+}
+
+void expectGroupRows(bool isSingleGroup, const std::vector<Row<Groups>>& rows) {
+  SCOPED_TRACE(isSingleGroup ? "single group" : "group per number");
+  const auto read = [isSingleGroup](const std::string& text, Groups& out) {
+    extractVectorFloatsFromKRValue(parse(text), "arg", isSingleGroup, out);
+  };
+  expectRows<Groups>(read, {{9}, {9, 9}, {9}, {9}}, rows);
+}
+
+TEST(FloatGroups, EitherFlag) {
+  for (const bool isSingleGroup : {false, true}) {
+    expectGroupRows(isSingleGroup,
+                    {{"1.5", kNoThrow, {{1.5f}}},
+                     {"[[1], [2, 3]]", kNoThrow, {{1}, {2, 3}}},
+                     {"[1, [2, 3]]", kNoThrow, {{1}, {2, 3}}},
+                     {"[[1, 2], 3]", kNoThrow, {{1, 2}, {3}}},
+                     {"[]", kEmpty, {}},
+                     {"null", kInvalid, {}},
+                     {"\"x\"", kNotArray, {}},
+                     // Mixed lists: the failing group as the flat reader left
+                     // it, the later groups empty.
+                     {"[[1, 2], [3, \"a\", 4], [5]]", kNotFloat, {{1, 2}, {3, 0, 0}, {}}},
+                     {"[1, \"a\", [2]]", kNotArray, {{1}, {}, {}}},
+                     {"[1, [], 2]", kEmpty, {{1}, {}, {}}},
+                     {"[null]", kInvalid, {{}}}});
+  }
+}
+
+TEST(FloatGroups, SingleGroup) {
+  expectGroupRows(true, {{"[1, 2]", kNoThrow, {{1, 2}}},
+                         {"[[1, 2]]", kNoThrow, {{1, 2}}},
+                         {"[[]]", kEmpty, {{}}},  // unlike the per-number form
+                         // A wrapped list is read by the flat reader.
+                         {"[[1, \"a\", 2]]", kNotFloat, {{1, 0, 0}}}});
+}
+
+TEST(FloatGroups, GroupPerNumber) {
+  expectGroupRows(false, {{"[1, 2]", kNoThrow, {{1}, {2}}},
+                          {"[[1, 2]]", kNoThrow, {{1}, {2}}},
+                          {"[[]]", kNoThrow, {}},
+                          // All groups exist before reading: the failing one
+                          // holds 0, the later ones are empty.
+                          {"[[1, \"a\", 2]]", kNotFloat, {{1}, {0}, {}}},
+                          {"[[1, null, 2]]", kInvalidFloat, {{1}, {0}, {}}},
+                          {"[[[1], 2]]", kNotFloat, {{0}, {}}}});
+}
+
+TEST(StringList, SingleStringOrArrayThroughTheStringConversion) {
+  const auto read = [](const std::string& text, Strings& out) {
+    extractVectorStringsFromKRValue(parse(text), "arg", out);
+  };
+  expectRows<Strings>(read, {"old", "old", "old", "old"},
+                      {{"\"a b\"", kNoThrow, {"a b"}},
+                       {"[\"a\", \"\", \"c\"]", kNoThrow, {"a", "", "c"}},
+                       {"[]", kEmpty, {}},
+                       {"null", kInvalid, {}},
+                       {"3", kNotArray, {}},  // only a string is a list of one
+                       // Kinds are not tested: the value type's own conversion error comes
+                       // through, the list sized and filled up to the element.
+                       {"[\"a\", 3, \"c\"]",
+                        "KRValue: expected a string value but found an int value",
+                        {"a", "", ""}},
+                       {"[\"a\", null]",
+                        "KRValue: expected a string value but found an invalid value",
+                        {"a", ""}}});
+}
+
+void expectBoolRows(unsigned int count, const std::vector<Row<Bools>>& rows) {
+  SCOPED_TRACE("count " + std::to_string(count));
+  const auto read = [count](const std::string& text, Bools& out) {
+    extractVectorBoolsFromKRValue(parse(text), count, "flags", out);
+  };
+  expectRows<Bools>(read, {true, false, true, false, true}, rows);
+}
+
+TEST(BoolList, RepeatsOneBoolSkipsUnusableElementsAndNeverFailsInsideAnArray) {
+  expectBoolRows(
+      3, {{"true", kNoThrow, {true, true, true}},
+          // Inside an array `count` plays no part and unusable elements are skipped.
+          {"[true, null, \"x\", false]", kNoThrow, {true, false}},
+          {"[]", kNoThrow, {}},
+          {"[null, \"true\"]", kNoThrow, {}},
+          {"null", "flags : Expected a bool or vector of bool but found an invalid KRValue", {}},
+          // "found an invalid" though the value is valid.
+          {"\"true\"",
+           "flags : Expected a bool, int, float or array but found an invalid KRValue",
+           {}}});
+  expectBoolRows(0, {{"true", kNoThrow, {}}});
+  // Numbers convert as non-zero.
+  expectBoolRows(2, {{"false", kNoThrow, {false, false}},
+                     {"0", kNoThrow, {false, false}},
+                     {"0.5", kNoThrow, {true, true}}});
+  expectBoolRows(1, {{"-7", kNoThrow, {true}},
+                     {"0.0", kNoThrow, {false}},
+                     {"[1, 0, 2.5, [true], [], true]", kNoThrow, {true, false, true, true}}});
+}
+
+const std::string kMalformedEntry =
+    "m KRValue is not valid. It should be an array of length 2 arrays, the first element "
+    "being an std::string.\n";
+
+void expectMapRows(bool skipSecondElement, const std::vector<Row<Map>>& rows) {
+  SCOPED_TRACE(skipSecondElement ? "skipping element 1" : "value at 1");
+  const auto read = [skipSecondElement](const std::string& text, Map& out) {
+    extractKeyValueMapFromKRValue(parse(text), "m", skipSecondElement, out);
+  };
+  expectRows<Map>(read, {{"old", KRValue(0)}}, rows);
+}
+
+TEST(KeyValueMap, ValueMustBeAnArray) {
+  for (const bool skip : {false, true}) {
+    expectMapRows(skip, {{"null", "m KRValue is invalid", {}},
+                         {"3", "m KRValue is not valid: it should be an array.", {}},
+                         {"\"[]\"", "m KRValue is not valid: it should be an array.", {}},
+                         {"[]", kNoThrow, {}}});
+  }
+}
+
+// A malformed entry ends the reader after the entries before it went in; the
+// message speaks of length 2 arrays in both entry layouts.
+TEST(KeyValueMap, MalformedEntryKeepsEarlierEntries) {
+  const Map kept{{"a", KRValue(1)}};
+  expectMapRows(false, {{"[[\"a\", 1], 5, [\"z\", 2]]", kMalformedEntry, kept},
+                        {"[[\"a\", 1], [], [\"z\", 2]]", kMalformedEntry, kept},
+                        {"[[\"a\", 1], [\"k\"]]", kMalformedEntry, kept},
+                        {"[[\"a\", 1], [null, 2]]", kMalformedEntry, kept},
+                        {"[[\"a\", 1], [2, 3]]", kMalformedEntry, kept},
+                        {"[[\"a\", 1], [[\"k\"], 3]]", kMalformedEntry, kept},
+                        {"[[\"a\", 1], [\"k\", null]]", kMalformedEntry, kept}});
+  expectMapRows(true, {{"[[\"a\", 0, 1], [\"k\", 2]]", kMalformedEntry, kept},  // too short
+                       {"[[\"a\", 0, 1], [\"k\", 2, null]]", kMalformedEntry, kept},
+                       {"[[\"a\", 0, 1], [3, 2, 1]]", kMalformedEntry, kept}});
+}
+
+TEST(KeyValueMap, FirstKeyWinsAndValueKindsAreKept) {
+  expectMapRows(false, {{"[[\"k1\", 1], [\"k2\", 2], [\"k1\", 3]]",
+                         kNoThrow,
+                         {{"k1", KRValue(1)}, {"k2", KRValue(2)}}},
+                        // Elements after the value are ignored. KRValue's == compares
+                        // kinds: an int stays an int, a float a float.
+                        {"[[\"i\", 1, \"extra\"], [\"f\", 1.0], [\"s\", \"x\"], [\"a\", [1, 2.5]], "
+                         "[\"b\", false]]",
+                         kNoThrow,
+                         {{"i", KRValue(1)},
+                          {"f", KRValue(1.0f)},
+                          {"s", KRValue("x")},
+                          {"a", KRValue::array(1, 2.5f)},
+                          {"b", KRValue(false)}}}});
+  EXPECT_NE(KRValue(1), KRValue(1.0f));  // what the row above relies on
+}
+
+TEST(KeyValueMap, SkipSecondElementNeverLooksAtIt) {
+  expectMapRows(true, {{"[[\"k1\", 0, 1]]", kNoThrow, {{"k1", KRValue(1)}}},
+                       {"[[\"k1\", null, 1], [\"k2\", [[]], 2.5, 7]]",
+                        kNoThrow,
+                        {{"k1", KRValue(1)}, {"k2", KRValue(2.5f)}}},
+                       {"[[\"k1\", 0, 1], [\"k1\", 0, 2]]", kNoThrow, {{"k1", KRValue(1)}}},
+                       {"[[\"k1\", 1]]", kMalformedEntry, {}}});
+}
+
+TEST(KeyValueMap, ValuesAreIndependentCopies) {
+  Map map;
+  {
+    KRValue source = parse("[[\"k\", [1, [2]]]]");
+    extractKeyValueMapFromKRValue(source, "m", false, map);
+    source[0][1][1][0] = 9;
+    source[0][1] = 5;
+  }  // source destroyed
+  EXPECT_EQ(map, (Map{{"k", parse("[1, [2]]")}}));
+}
+
+}  // namespace
