@@ -53,3 +53,8 @@ show read rest-requests '[[["LArm", "RArm"], "Safe"], [["Head"], [0.5]]]' --name
 show read rest-requests '[[["LArm"], "Custom"]]' --name rest
 show write rest-requests '[[["LArm", "RArm"], "Safe"]]'
 show read support-sequences '[["walk", [0.5, 1.0], true], ["walk", [], []]]' --name supports
+show read touch-with-ints '[["LFoot", true, [3]], ["RFoot", false]]' --name touch
+show read navigation '[[0, 0]]' --name nav
+show read key '[1, [7, 0.1, 0], [3, -0.1, 0]]' --name angles
+show read control-points '[10, 20, 30]' --times '[0.5, 1.0, 1.5]' --min-time 1.0 --name angles
+show write motion-config '[["Enabled", "1"], ["Speed", 2], ["Mode", [1]]]'

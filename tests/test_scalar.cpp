@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "log_capture.h"
 #include "test_support.h"
 
 #include <bitset>
@@ -65,19 +66,7 @@ TEST(ExtractNumber, FloatAndIntReaders) {
   }
 }
 
-// Every log record while alive, as "category level 'file' function:line text";
-// leaves the library's category at its starting level.
-struct Warnings {
-  ~Warnings() {
-    zu::log::unsubscribe(id);
-    zu::log::setCategoryLevel(zu::log::addCategory("KRValueUtils"), zu::log::info);
-  }
-  Lines got;
-  const zu::log::HandlerId id = zu::log::subscribe([this](const zu::log::Record& r) {
-    got.push_back(r.category + " " + zu::log::levelName(r.level) + " '" + r.file + "' " +
-                  r.function + ":" + std::to_string(r.line) + " " + r.message);
-  });
-};
+using KRTest::Warnings;
 const std::string kWarning = "KRValueUtils warning '' clipAndWarn:0 KRMotion ";
 
 TEST(Clip, WarnsWithExactTextWhenDataChanges) {

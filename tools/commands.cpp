@@ -13,6 +13,8 @@ const Commands& allCommands() {
     addGeometryCommands(c);
     addListCommands(c);
     addStateCommands(c);
+    addStatusCommands(c);
+    addMotionCommands(c);
     return c;
   }();
   return commands;

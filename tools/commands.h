@@ -19,6 +19,8 @@ struct Options {
   bool singleGroup = false;     // --single-group: the group readers' isSingleGroup
   unsigned int count = 1;       // --count: how often the bool-list reader repeats one bool
   bool skipSecond = false;      // --skip-second: the map reader's skipSecondElement
+  std::string times = "[]";     // --times: value text of the control points' times
+  float minTime = -3.4e38f;     // --min-time: control points earlier than this are dropped
 };
 
 /// A reader: turns a value into its typed result and prints that result.
@@ -49,6 +51,8 @@ void addScalarCommands(Commands& commands);
 void addGeometryCommands(Commands& commands);
 void addListCommands(Commands& commands);
 void addStateCommands(Commands& commands);
+void addStatusCommands(Commands& commands);
+void addMotionCommands(Commands& commands);
 
 // Formatting shared by the families.
 

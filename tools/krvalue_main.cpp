@@ -82,6 +82,10 @@ void addOptions(CLI::App* command, Options& options) {
       ->capture_default_str();
   command->add_flag("--skip-second", options.skipSecond,
                     "map reader: entries are [key, skipped, value]");
+  command->add_option("--times", options.times, "control points: their times, as value text")
+      ->capture_default_str();
+  command->add_option("--min-time", options.minTime,
+                      "control points: points earlier than this are dropped");
 }
 
 }  // namespace

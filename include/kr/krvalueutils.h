@@ -18,7 +18,10 @@
 #include <kr/krvalue.h>
 #include <kr/krvalueutils_export.h>
 #include <kr/restrequest.h>
+#include <kr/temperaturestatus.h>
 #include <kr/math/frame.h>
+#include <kr/math/interpolationkey.h>
+#include <kr/math/metricaldata.h>
 #include <kr/math/pose2d.h>
 #include <kr/math/pose2dandtime.h>
 #include <kr/math/pose2dposvelacc.h>
@@ -32,7 +35,9 @@
 
 #include <bitset>
 #include <map>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace KR {
@@ -192,6 +197,92 @@ KRVALUEUTILS_API void extractSupportSequenceFromKRValue(const KR::KRValue& value
 KRVALUEUTILS_API void extractVectorSupportSequenceFromKRValue(
     const KR::KRValue& value, const std::string& name,
     std::vector<KR::Math::SupportSequence>& sequences);
+
+// ---------------------------------------------------------------------------
+// Sensor and status records
+
+/// Appends two elements to `value` (not cleared first): the level as an int
+/// value and the names, in sorted order, as an array of strings (an empty
+/// array when there are none).
+KRVALUEUTILS_API void convertTemperatureStatusToKRValue(const KR::TemperatureStatus& status,
+                                                        KR::KRValue& value);
+
+/// [level, [name, ...], ...]. The names are added to those `status` already
+/// holds. Throws the shape messages of checkArrayFromKRValue, then
+/// "<name>: Invalid KRValue size." for fewer than two elements; the level is
+/// read with extractIntFromKRValue (field name "KRValue").
+KRVALUEUTILS_API void extractTemperatureStatusFromKRValue(const KR::KRValue& value,
+                                                          KR::TemperatureStatus& status,
+                                                          const std::string& name);
+
+/// As extractTemperatureStatusFromKRValue, with element 1 also required to be
+/// a non-empty array (checkArrayFromKRValue) before the level is read.
+KRVALUEUTILS_API void extractDiagnosisFromKRValue(const KR::KRValue& value, int& level,
+                                                  std::set<std::string>& names,
+                                                  const std::string& name);
+
+/// [[name, touched], ...]; an empty array gives an empty map. An entry that is
+/// not an array of at least two elements with a string and a bool throws
+/// "<name> Your collection of Touch was invalid."; the first entry of a name
+/// wins.
+KRVALUEUTILS_API void extractTouchFromKRValue(const KR::KRValue& value, const std::string& name,
+                                              std::map<std::string, bool>& touch);
+
+/// As above, with an int per name: element 0 of a non-empty third element
+/// [number, ...] (read with the value's int conversion), otherwise 0.
+KRVALUEUTILS_API void extractTouchFromKRValue(const KR::KRValue& value, const std::string& name,
+                                              std::map<std::string, std::pair<bool, int>>& touch);
+
+/// [[any, any, positions], ...]: the positions of every entry (read as
+/// extractVectorPosition2DFromKRValue reads them), appended in order. An entry
+/// of another size throws "<name>Your collection of Navigation Position2D was
+/// invalid." (the name runs straight into the text).
+KRVALUEUTILS_API void extractNavigationFromKRValue(const KR::KRValue& value,
+                                                   const std::string& name,
+                                                   std::vector<KR::Math::Position2D>& positions);
+
+/// [label1, label2, [[x, y, z], ...], [16 floats], [seconds, microseconds]].
+/// A wrong shape throws "<name> Wrong input MetricalData type format" and
+/// leaves `data` untouched; points and the transform are read under the
+/// argument name "MetricalDataExtractor", the duration under `name`.
+KRVALUEUTILS_API void extractMetricalDataFromKRValue(const KR::KRValue& value,
+                                                     const std::string& name,
+                                                     KR::Math::MetricalData& data);
+
+/// The layout above; reads back equal through extractMetricalDataFromKRValue
+/// (the duration truncated to whole microseconds).
+KRVALUEUTILS_API void extractKRValueFromMetricalData(const KR::Math::MetricalData& data,
+                                                     KR::KRValue& value);
+
+// ---------------------------------------------------------------------------
+// Interpolation keys and control points
+
+/// [value, [type, x, y], [type, x, y]]: value and offsets ints or floats, the
+/// types ints. A type outside 0..3 becomes 3 (BEZIER_AUTO), with the warning
+/// "angleInterpolationBezier received an unexpected interpolation type. Forced
+/// to BEZIER_AUTO." logged once per such side. Nothing is written to `key`
+/// before every check has passed.
+KRVALUEUTILS_API void extractKeyFromKRValue(const KR::KRValue& value, const std::string& name,
+                                            KR::Math::Interpolation::Key& key);
+
+/// Control points paired with `times` by index, appended to `keys`: either all
+/// bare numbers (keys computed by KR::Math::computeBezierAutoKey) or all full
+/// keys (read by extractKeyFromKRValue). Points whose time is earlier than
+/// `minTime` are dropped; returns whether any was. A value that is not an
+/// array as long as `times` returns false and leaves `keys` untouched.
+KRVALUEUTILS_API bool extractVectorOfGenericControlPoints(
+    const std::vector<float>& times, const KR::KRValue& value, const std::string& name,
+    const float& minTime, std::vector<std::pair<float, KR::Math::Interpolation::Key>>& keys);
+
+// ---------------------------------------------------------------------------
+// Motion configuration
+
+/// Appends [name, decoded] to `decoded` (never cleared): a string value
+/// decodes to true when it is exactly "1" and to false otherwise; a bool, int
+/// or float keeps its kind. Any other value appends nothing and logs the
+/// warning "Config: <name> invalid value.".
+KRVALUEUTILS_API void decodeMotionConfig(const KR::KRValue& value, const KR::KRValue& name,
+                                         KR::KRValue& decoded);
 
 // ---------------------------------------------------------------------------
 // Durations, exchanged as two int values: whole seconds and microseconds

@@ -1,0 +1,109 @@
+// Automatic Bezier keys computed from bare values.
+#include "test_support.h"
+
+#include <kr/math/bezierautokey.h>
+
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using KR::Math::computeBezierAutoKey;
+using KR::Math::Interpolation::BEZIER_AUTO;
+using KR::Math::Interpolation::Key;
+using TimedKeys = std::vector<std::pair<float, Key>>;
+
+// Handles as (x, y) offsets: incoming then outgoing.
+struct Handles {
+  float inX, inY, outX, outY;
+};
+
+void expectKeys(const std::vector<float>& times, const std::vector<float>& values,
+                const std::vector<Handles>& handles) {
+  TimedKeys keys;
+  computeBezierAutoKey(times, values, keys);
+  ASSERT_EQ(keys.size(), handles.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    SCOPED_TRACE(i);
+    const Key& k = keys[i].second;
+    EXPECT_EQ(keys[i].first, times[i]);
+    EXPECT_EQ(k.value, values[i]);
+    EXPECT_EQ(k.firstParam.type, BEZIER_AUTO);
+    EXPECT_EQ(k.secondParam.type, BEZIER_AUTO);
+    EXPECT_FLOAT_EQ(k.firstParam.offset.x, handles[i].inX);
+    EXPECT_FLOAT_EQ(k.firstParam.offset.y, handles[i].inY);
+    EXPECT_FLOAT_EQ(k.secondParam.offset.x, handles[i].outX);
+    EXPECT_FLOAT_EQ(k.secondParam.offset.y, handles[i].outY);
+  }
+}
+
+const float kThird = 1.0f / 3;
+
+TEST(BezierAutoKey, HandCheckedSlopesAndHandles) {
+  // Secants 1 and 2: harmonic mean 2 / (1/1 + 1/2) = 4/3, flat ends.
+  expectKeys({0, 1, 2}, {0, 1, 3},
+             {{0, 0, kThird, 0}, {-kThird, -4.0f / 9, kThird, 4.0f / 9}, {-kThird, 0, 0, 0}});
+  // Secants 1 and 3 over intervals 2 and 1: slope 1.5, each handle a third of
+  // its own interval.
+  expectKeys({0, 2, 3}, {0, 2, 5},
+             {{0, 0, 2 * kThird, 0}, {-2 * kThird, -1, kThird, 0.5f}, {-kThird, 0, 0, 0}});
+  // Decreasing: secants -1 and -2 give -4/3.
+  expectKeys({0, 1, 2}, {3, 2, 0},
+             {{0, 0, kThird, 0}, {-kThird, 4.0f / 9, kThird, -4.0f / 9}, {-kThird, 0, 0, 0}});
+  // A maximum and a plateau get zero slopes.
+  expectKeys({0, 1, 2}, {0, 2, 1},
+             {{0, 0, kThird, 0}, {-kThird, 0, kThird, 0}, {-kThird, 0, 0, 0}});
+  expectKeys({0, 1, 2, 3}, {0, 1, 1, 2},
+             {{0, 0, kThird, 0}, {-kThird, 0, kThird, 0}, {-kThird, 0, kThird, 0},
+              {-kThird, 0, 0, 0}});
+  expectKeys({5}, {1.5f}, {{0, 0, 0, 0}});
+}
+
+TEST(BezierAutoKey, MonotonicSequenceHandlesStayBetweenNeighbours) {
+  const std::vector<float> times{0, 0.1f, 0.5f, 0.6f, 2, 2.2f, 4};
+  const std::vector<float> values{-1, -0.9f, 0.5f, 0.51f, 3, 7, 7.5f};
+  TimedKeys keys;
+  computeBezierAutoKey(times, values, keys);
+  ASSERT_EQ(keys.size(), times.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    SCOPED_TRACE(i);
+    const Key& k = keys[i].second;
+    const float in = k.value + k.firstParam.offset.y;
+    const float out = k.value + k.secondParam.offset.y;
+    EXPECT_GE(in, i == 0 ? k.value : values[i - 1]);
+    EXPECT_LE(in, k.value);
+    EXPECT_GE(out, k.value);
+    EXPECT_LE(out, i + 1 == keys.size() ? k.value : values[i + 1]);
+    if (i > 0 && i + 1 < keys.size()) {
+      EXPECT_GT(out, k.value);  // strictly rising inside: no flat spot either
+    }
+  }
+}
+
+TEST(BezierAutoKey, AppendsOrThrowsLeavingKeysUnchanged) {
+  const std::pair<float, Key> existing{-1.0f, Key(9, {}, {})};
+  TimedKeys keys{existing};
+  computeBezierAutoKey({}, {}, keys);
+  EXPECT_EQ(keys, TimedKeys{existing});
+  computeBezierAutoKey({1, 2}, {3, 4}, keys);
+  ASSERT_EQ(keys.size(), 3u);
+  EXPECT_EQ(keys[0], existing);
+  EXPECT_EQ(keys[2].first, 2.0f);
+
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float inf = std::numeric_limits<float>::infinity();
+  const std::vector<std::pair<std::vector<float>, std::vector<float>>> bad{
+      {{0, 1, 2}, {0, 1}}, {{0}, {}},           {{0, 1, 1}, {0, 1, 2}}, {{0, 2, 1}, {0, 1, 2}},
+      {{nan, 1}, {0, 1}},  {{0, nan}, {0, 1}}, {{0, inf}, {0, 1}},     {{-inf, 0}, {0, 1}},
+  };
+  for (const auto& b : bad) {
+    SCOPED_TRACE(::testing::PrintToString(b));
+    TimedKeys untouched{existing};
+    EXPECT_NE(messageOf([&] { computeBezierAutoKey(b.first, b.second, untouched); }), kNoThrow);
+    EXPECT_EQ(untouched, TimedKeys{existing});
+  }
+}
+
+}  // namespace
