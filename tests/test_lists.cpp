@@ -40,12 +40,10 @@ TEST(FloatList, SingleNumberOrArrayOfNumbers) {
   };
   expectRows<Floats>(read, {9, 9, 9, 9},
                      {{"2", kNoThrow, {2}},
-                      {"2.5", kNoThrow, {2.5f}},
                       {"[1, 2.5, -3]", kNoThrow, {1, 2.5f, -3}},
                       {"[]", kEmpty, {}},
                       {"null", kInvalid, {}},
                       {"true", kNotArray, {}},  // a bool is not a number
-                      {"\"1\"", kNotArray, {}},
                       // Sized before reading: the entries from the failing one on stay 0.
                       {"[1, \"a\"]", kNotFloat, {1, 0}},
                       {"[1, null, 3]", kInvalidFloat, {1, 0, 0}},
@@ -66,7 +64,6 @@ TEST(FloatGroups, EitherFlag) {
                     {{"1.5", kNoThrow, {{1.5f}}},
                      {"[[1], [2, 3]]", kNoThrow, {{1}, {2, 3}}},
                      {"[1, [2, 3]]", kNoThrow, {{1}, {2, 3}}},
-                     {"[[1, 2], 3]", kNoThrow, {{1, 2}, {3}}},
                      {"[]", kEmpty, {}},
                      {"null", kInvalid, {}},
                      {"\"x\"", kNotArray, {}},
@@ -112,10 +109,7 @@ TEST(StringList, SingleStringOrArrayThroughTheStringConversion) {
                        // through, the list sized and filled up to the element.
                        {"[\"a\", 3, \"c\"]",
                         "KRValue: expected a string value but found an int value",
-                        {"a", "", ""}},
-                       {"[\"a\", null]",
-                        "KRValue: expected a string value but found an invalid value",
-                        {"a", ""}}});
+                        {"a", "", ""}}});
 }
 
 void expectBoolRows(unsigned int count, const std::vector<Row<Bools>>& rows) {
@@ -132,7 +126,6 @@ TEST(BoolList, RepeatsOneBoolSkipsUnusableElementsAndNeverFailsInsideAnArray) {
           // Inside an array `count` plays no part and unusable elements are skipped.
           {"[true, null, \"x\", false]", kNoThrow, {true, false}},
           {"[]", kNoThrow, {}},
-          {"[null, \"true\"]", kNoThrow, {}},
           {"null", "flags : Expected a bool or vector of bool but found an invalid KRValue", {}},
           // "found an invalid" though the value is valid.
           {"\"true\"",
@@ -140,11 +133,8 @@ TEST(BoolList, RepeatsOneBoolSkipsUnusableElementsAndNeverFailsInsideAnArray) {
            {}}});
   expectBoolRows(0, {{"true", kNoThrow, {}}});
   // Numbers convert as non-zero.
-  expectBoolRows(2, {{"false", kNoThrow, {false, false}},
-                     {"0", kNoThrow, {false, false}},
-                     {"0.5", kNoThrow, {true, true}}});
-  expectBoolRows(1, {{"-7", kNoThrow, {true}},
-                     {"0.0", kNoThrow, {false}},
+  expectBoolRows(2, {{"0", kNoThrow, {false, false}},
+                     {"0.5", kNoThrow, {true, true}},
                      {"[1, 0, 2.5, [true], [], true]", kNoThrow, {true, false, true, true}}});
 }
 
@@ -164,7 +154,6 @@ TEST(KeyValueMap, ValueMustBeAnArray) {
   for (const bool skip : {false, true}) {
     expectMapRows(skip, {{"null", "m KRValue is invalid", {}},
                          {"3", "m KRValue is not valid: it should be an array.", {}},
-                         {"\"[]\"", "m KRValue is not valid: it should be an array.", {}},
                          {"[]", kNoThrow, {}}});
   }
 }
@@ -174,14 +163,11 @@ TEST(KeyValueMap, ValueMustBeAnArray) {
 TEST(KeyValueMap, MalformedEntryKeepsEarlierEntries) {
   const Map kept{{"a", KRValue(1)}};
   expectMapRows(false, {{"[[\"a\", 1], 5, [\"z\", 2]]", kMalformedEntry, kept},
-                        {"[[\"a\", 1], [], [\"z\", 2]]", kMalformedEntry, kept},
                         {"[[\"a\", 1], [\"k\"]]", kMalformedEntry, kept},
-                        {"[[\"a\", 1], [null, 2]]", kMalformedEntry, kept},
                         {"[[\"a\", 1], [2, 3]]", kMalformedEntry, kept},
                         {"[[\"a\", 1], [[\"k\"], 3]]", kMalformedEntry, kept},
                         {"[[\"a\", 1], [\"k\", null]]", kMalformedEntry, kept}});
   expectMapRows(true, {{"[[\"a\", 0, 1], [\"k\", 2]]", kMalformedEntry, kept},  // too short
-                       {"[[\"a\", 0, 1], [\"k\", 2, null]]", kMalformedEntry, kept},
                        {"[[\"a\", 0, 1], [3, 2, 1]]", kMalformedEntry, kept}});
 }
 

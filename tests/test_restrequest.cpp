@@ -50,27 +50,21 @@ TEST(ReflexMode, NamesBothWaysAndUnknowns) {
     EXPECT_EQ(KR::restReflexModeToString(static_cast<KR::REST_REFLEX_MODE>(k.first)), k.second);
     EXPECT_EQ(KR::stringToRestReflexMode(k.second), k.first);
   }
-  const std::pair<int, const char*> unknown[] = {{3, "Unknown REST_REFLEX_MODE: 3"},
-                                                 {7, "Unknown REST_REFLEX_MODE: 7"},
-                                                 {-1, "Unknown REST_REFLEX_MODE: -1"}};
-  for (const auto& u : unknown) {
+  for (const int u : {3, -1}) {
     // Converted at the call: a variable of the enumeration holding a number
     // outside its range would itself be undefined to read.
-    EXPECT_EQ(messageOf([&] {
-                KR::restReflexModeToString(static_cast<KR::REST_REFLEX_MODE>(u.first));
-              }),
-              u.second);
+    EXPECT_EQ(messageOf([&] { KR::restReflexModeToString(static_cast<KR::REST_REFLEX_MODE>(u)); }),
+              "Unknown REST_REFLEX_MODE: " + std::to_string(u));
   }
-  for (const char* name : {"safe", "Safe "}) {
+  for (const char* name : {"safe", "Safe ", ""}) {
     EXPECT_EQ(messageOf([&] { KR::stringToRestReflexMode(name); }),
               "Cannot convert " + std::string(name) + " to REST_REFLEX_MODE.");
   }
-  EXPECT_EQ(messageOf([] { KR::stringToRestReflexMode(""); }),
-            "Cannot convert  to REST_REFLEX_MODE.");
 }
 
-// Each case reads into a list holding leftovers: success replaces them, and
-// a failing element leaves only the requests completed before it.
+// Each case reads into a list holding leftovers: success replaces them, a
+// failing element leaves only the requests completed before it, and a list
+// that is not a non-empty array leaves the leftovers.
 TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
   const std::string noName =
       "KRValue should be a string, a vector of floats or a vector of strings.";
@@ -81,10 +75,8 @@ TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
   } cases[] = {
       // 1. One mode name for all; "Custom" needs angles.
       {R"([[["A", "B"], "Safe"]])", {request({"A", "B"}, {{"A", S}, {"B", S}})}, kNoThrow},
-      {R"([[["A", "B"], "Immediate"]])", {request({"A", "B"}, {{"A", I}, {"B", I}})}, kNoThrow},
       {R"([[["A", "B"], "Custom"]])", {}, "arg unsupported mode: Custom"},
       {R"([[["A"], "safe"]])", {}, "Cannot convert safe to REST_REFLEX_MODE."},
-      {R"([[["A"], ""]])", {}, "Cannot convert  to REST_REFLEX_MODE."},
       // 2. Element 0 a float: angles, every name CUSTOM; lengths unchecked.
       {R"([[["A", "B"], [0.5, 1]]])", {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1})},
        kNoThrow},
@@ -93,8 +85,6 @@ TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
       // 3. Element 0 a string: modes by index, "Custom" accepted, a name
       // without a partner gets no entry, surplus modes are still converted.
       {R"([[["A"], ["Custom"]]])", {request({"A"}, {{"A", C}})}, kNoThrow},
-      {R"([[["A", "B"], ["Immediate", "Safe"]]])", {request({"A", "B"}, {{"A", I}, {"B", S}})},
-       kNoThrow},
       {R"([[["A", "B"], ["Safe"]]])", {request({"A", "B"}, {{"A", S}})}, kNoThrow},
       {R"([[["A"], ["Safe", "Immediate"]]])", {request({"A"}, {{"A", S}})}, kNoThrow},
       {R"([[["A"], ["Safe", "Bad"]]])", {}, "Cannot convert Bad to REST_REFLEX_MODE."},
@@ -103,7 +93,6 @@ TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
        "KRValue: expected a string value but found a float value"},
       // Anything else, in the order the forms are told apart.
       {R"([[["A"], [1, 2.5]]])", {}, noName},  // an int is not a float here
-      {R"([[["A"], [true]]])", {}, noName},
       {R"([[["A"], []]])", {}, "KRMotion: arg KRValue is empty."},
       {R"([[["A"], 3]])", {}, "arg KRValue should be a string or a vector of angles."},
       // The request and its names.
@@ -112,7 +101,8 @@ TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
       {R"([["A", "Safe"]])", {}, "KRMotion: arg KRValue is not an array."},
       {R"([[[], "Safe"]])", {}, "KRMotion: arg KRValue is empty."},
       {R"([[[1], "Safe"]])", {}, "KRValue: expected a string value but found an int value"},
-      {R"([[]])", {}, "KRMotion: arg KRValue is empty."},
+      {"null", kLeftovers, "KRMotion: arg KRValue is invalid."},
+      {R"("Safe")", kLeftovers, "KRMotion: arg KRValue is not an array."},
       // Failing later: the requests before the failing element stay.
       {R"([[["A"], "Safe"], [["B"], [0.5]], [["C"], "Custom"], [["D"], "Safe"]])",
        {request({"A"}, {{"A", S}}), request({"B"}, {{"B", C}}, {0.5f})},
@@ -127,34 +117,17 @@ TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
   }
 }
 
-TEST(ReadRestRequests, ListThatIsNotANonEmptyArrayLeavesOutputUntouched) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"null", "KRMotion: arg KRValue is invalid."},
-      {"[]", "KRMotion: arg KRValue is empty."},
-      {R"("Safe")", "KRMotion: arg KRValue is not an array."}};
-  for (const auto& c : cases) {
-    Requests out = kLeftovers;
-    EXPECT_EQ(messageOf([&] { extractVectorRestRequestFromKRValue(parse(c.first), "arg", out); }),
-              c.second);
-    EXPECT_EQ(out, kLeftovers) << c.first;
-  }
-}
-
 TEST(IsNear, InclusiveBoundNaNInfinitiesAndLengths) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const float inf = std::numeric_limits<float>::infinity();
   using KR::Math::isNear;
   EXPECT_TRUE(isNear(0.5f, 0.75f, 0.25f));  // exactly at the bound
-  EXPECT_TRUE(isNear(0.75f, 0.5f, 0.25f));
   EXPECT_FALSE(isNear(0.5f, 0.75f, 0.2499f));
   EXPECT_FALSE(isNear(nan, nan, inf));
-  EXPECT_FALSE(isNear(nan, 0.0f, inf));
   EXPECT_TRUE(isNear(inf, inf, 0.0f));
   EXPECT_FALSE(isNear(inf, -inf, std::numeric_limits<float>::max()));
-  EXPECT_TRUE(isNear(std::vector<float>{}, std::vector<float>{}, 0.0f));
   EXPECT_TRUE(isNear(std::vector<float>{1, 2}, std::vector<float>{1, 2.25f}, 0.25f));
   EXPECT_FALSE(isNear(std::vector<float>{1, 2}, std::vector<float>{1, 2.5f}, 0.25f));
-  EXPECT_FALSE(isNear(std::vector<float>{}, std::vector<float>{0}, 1.0f));
   EXPECT_FALSE(isNear(std::vector<float>{1, 2}, std::vector<float>{1}, 1.0f));
 }
 
@@ -169,10 +142,8 @@ TEST(RestRequestEquality, NamesInOrderModesAndAnglesWithin1e5) {
       {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1 + 1e-4f}), false},
       {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f}), false},
       {request({"B", "A"}, {{"A", C}, {"B", C}}, {0.5f, 1}), false},
-      {request({"A", "B", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1}), false},
       {request({"A", "B"}, {{"A", C}, {"B", I}}, {0.5f, 1}), false},
       {request({"A", "B"}, {{"A", C}, {"B", C}, {"D", C}}, {0.5f, 1}), false},
-      {request({"A", "B"}, {{"A", C}, {"b", C}}, {0.5f, 1}), false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.other));
@@ -191,7 +162,6 @@ TEST(RestRequestEquivalence, NamesInAnyOrderAnglesByFirstOccurrence) {
   EXPECT_TRUE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab, {2, 1 + 5e-6f})));
   EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab, {2, 1 + 1e-4f})));
   EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, {{"A", C}, {"B", I}}, {2, 1})));
-  EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab, {2, 1, 0})));
   EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab)));
   // Same modes, different multiplicities.
   EXPECT_FALSE(KR::restRequestsAreEquivalent(request({"A", "A", "B"}, ab, {1, 1, 2}),
@@ -210,9 +180,8 @@ TEST(RestRequestEquivalence, NamesInAnyOrderAnglesByFirstOccurrence) {
 // past the end of b.angles; such requests are not equivalent, not even to
 // themselves. Run under AddressSanitizer to see nothing is read out of bounds.
 TEST(RestRequestEquivalence, FewerAnglesThanNamesIsNotEquivalent) {
-  const Modes ab = {{"A", C}, {"B", C}};
-  const RestRequest a = request({"A", "B"}, ab, {1});
-  EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab, {1})));
+  const RestRequest a = request({"A", "B"}, {{"A", C}, {"B", C}}, {1});
+  EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, {{"A", C}, {"B", C}}, {1})));
   EXPECT_FALSE(KR::restRequestsAreEquivalent(a, a));
   EXPECT_TRUE(KR::restRequestsAreEquivalent(request({}, {}, {1}), request({}, {}, {2})));
 }
@@ -248,9 +217,7 @@ TEST(WriteRestRequests, LayoutAndRoundTrips) {
 }
 
 TEST(WriteRestRequests, NameWithoutModeThrowsOutOfRangeKeepingEarlierItems) {
-  Requests requests = readBack(R"([[["C"], "Immediate"], [["A", "B"], ["Safe"]]])");
-  ASSERT_EQ(requests.size(), 2u);
-  EXPECT_EQ(requests[1].reflexModes.count("B"), 0u);
+  const Requests requests = readBack(R"([[["C"], "Immediate"], [["A", "B"], ["Safe"]]])");
   KRValue value = parse(R"("old")");
   try {
     extractKRValueFromVectorRestRequest(requests, value);

@@ -41,9 +41,6 @@ const std::string kDuplicate =
 
 TEST(SupportSequenceRecord, ConstructorNeedsOneFlagPerValue) {
   const SupportSequence s("S", {0.5f, 1}, {true, false});
-  EXPECT_EQ(s.name, "S");
-  EXPECT_EQ(s.values, (std::vector<float>{0.5f, 1}));
-  EXPECT_EQ(s.flags, (std::vector<bool>{true, false}));
   EXPECT_EQ(s, SupportSequence("S", {0.5f, 1}, {true, false}));
   EXPECT_NE(s, SupportSequence("s", {0.5f, 1}, {true, false}));
   EXPECT_NE(s, SupportSequence("S", {0.5f, 2}, {true, false}));
@@ -70,7 +67,6 @@ TEST(ReadSupportSequence, ShapesMessagesAndListReaders) {
        kNoThrow},
       {R"(["S", 0.5, false])", SupportSequence("S", {0.5f}, {false}), kNoThrow},
       {"null", kLeftover, kSize3},
-      {R"("S")", kLeftover, kSize3},
       {R"(["S", []])", kLeftover, kSize3},
       {R"(["S", [], [], []])", kLeftover, kSize3},
       {"[1, [], []]", kLeftover, "KRMotion: arg Expected a string as first element."},
@@ -95,8 +91,7 @@ TEST(ReadSupportSequence, ShapesMessagesAndListReaders) {
 // The bool reader accepts a list of any length; the record's constructor is
 // what rejects flags and values of different lengths.
 TEST(ReadSupportSequence, FlagsOfAnotherLengthFailWhenTheRecordIsBuilt) {
-  for (const char* text : {R"(["S", [0.5], [true, false]])", R"(["S", [0.5, 1], [true]])",
-                           R"(["S", [0.5], ["no"]])"}) {
+  for (const char* text : {R"(["S", [0.5], [true, false]])", R"(["S", [0.5], ["no"]])"}) {
     SCOPED_TRACE(text);
     SupportSequence out = kLeftover;
     const std::string message =
@@ -119,7 +114,6 @@ TEST(ReadSupportSequences, UniqueNamesAndStateAfterFailure) {
   } cases[] = {
       {"[]", {}, kNoThrow},
       {R"("S")", {}, "KRMotion: arg SupportSequence KRValue is not an array"},
-      {"null", {}, "KRMotion: arg SupportSequence KRValue is not an array"},
       {R"([["S", [0.5], [true]], ["s", [2], [true]]])", {s, lower}, kNoThrow},
       {R"([["S", [0.5], [true]], ["T", [1], false], ["S", [0.5], [true]]])", {s, t, s},
        kDuplicate},
