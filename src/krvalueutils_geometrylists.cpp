@@ -80,8 +80,15 @@ void readRecordsOfArray(const KR::KRValue& value, const std::string& name,
   }
   const unsigned int size = value.getSize();
   out.resize(size);
+  if (size == 0) {
+    return;
+  }
+  // The elements are contiguous in the array's block: walked by pointer,
+  // without reloading the block and checking the index for each record.
+  const KR::KRValue* elements = &value[0];
+  typename Kind::Record* records = out.data();
   for (unsigned int i = 0; i < size; ++i) {
-    Kind::read(value[static_cast<int>(i)], name, out[i]);
+    Kind::read(elements[i], name, records[i]);
   }
 }
 

@@ -60,11 +60,13 @@ void extractKRValueFromVectorPosition2D(const std::vector<KR::Math::Position2D>&
   if (v.empty()) {
     return;  // nothing pushed: `out` stays invalid, not an empty array
   }
-  out.arrayReserve(static_cast<int>(v.size()));
-  for (const KR::Math::Position2D& p : v) {
-    KR::KRValue element;
-    pushPosition2D(p, element);
-    out.arrayPush(std::move(element));
+  // Sized once, then each element made whole in one step: one allocation
+  // per element and no per-push capacity checks.
+  const int size = static_cast<int>(v.size());
+  out.arraySetSize(size);
+  for (int i = 0; i < size; ++i) {
+    const KR::Math::Position2D& p = v[static_cast<std::size_t>(i)];
+    out[i] = KR::KRValue::array(p.x, p.y);
   }
 }
 
@@ -109,11 +111,7 @@ void createKRValueFromVectorPosition3D(const std::vector<KR::Math::Position3D>& 
     // The layout of toVector(), [x, y, z], built in place without the
     // intermediate std::vector.
     const KR::Math::Position3D& p = v[i];
-    KR::KRValue& element = out[static_cast<int>(i)];
-    element.arrayReserve(3);
-    pushFloat(element, p.x);
-    pushFloat(element, p.y);
-    pushFloat(element, p.z);
+    out[static_cast<int>(i)] = KR::KRValue::array(p.x, p.y, p.z);
   }
 }
 

@@ -61,8 +61,14 @@ void readFlat(const KR::KRValue& value, const std::string& name, std::vector<flo
   detail::checkArray(value, name);
   const unsigned int size = value.getSize();
   floats.resize(size);
+  // The elements are contiguous in the array's block and the size is known,
+  // so they are walked by pointer: indexing through the value would reload
+  // the block and check the index for every element (a float store may alias
+  // the value's payload, so the compiler cannot hoist those loads).
+  const KR::KRValue* elements = &value[0];
+  float* out = floats.data();
   for (unsigned int i = 0; i < size; ++i) {
-    floats[i] = detail::readFloat(value[static_cast<int>(i)], name, kKRValueField);
+    out[i] = detail::readFloat(elements[i], name, kKRValueField);
   }
 }
 

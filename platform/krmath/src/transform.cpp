@@ -1,5 +1,6 @@
 #include <kr/math/transform.h>
 
+#include <Eigen/Geometry>
 #include <Eigen/LU>
 #include <Eigen/SVD>
 
@@ -56,13 +57,22 @@ Transform::Transform()
       r3_c1(0.0f), r3_c2(0.0f), r3_c3(1.0f), r3_c4(0.0f) {}
 
 bool Transform::isTransform(const float& tolerance) const {
-  // Written so that a NaN tolerance, for which every comparison is false, fails too.
-  if (!(tolerance >= 0.0f) || !allFinite(*this)) {
-    return false;
-  }
-  const Matrix3 r = rotationOf(*this);
-  const double error = (r.transpose() * r - Matrix3::Identity()).cwiseAbs().maxCoeff();
-  return error <= static_cast<double>(tolerance) && r.determinant() > 0.0;
+  // R^T R - I is symmetric: its entries are the dot products of the columns
+  // of R, less 1 on the diagonal, so six of them decide. Each is compared on
+  // its own, so that a NaN anywhere (or a NaN tolerance) fails a comparison.
+  const Eigen::Vector3d c1(r1_c1, r2_c1, r3_c1);
+  const Eigen::Vector3d c2(r1_c2, r2_c2, r3_c2);
+  const Eigen::Vector3d c3(r1_c3, r2_c3, r3_c3);
+  const double limit = static_cast<double>(tolerance);
+  const bool orthonormal = std::abs(c1.dot(c1) - 1.0) <= limit &&
+                           std::abs(c2.dot(c2) - 1.0) <= limit &&
+                           std::abs(c3.dot(c3) - 1.0) <= limit &&
+                           std::abs(c1.dot(c2)) <= limit && std::abs(c1.dot(c3)) <= limit &&
+                           std::abs(c2.dot(c3)) <= limit;
+  // An infinite entry makes a dot product infinite or NaN and fails above;
+  // the translation is checked on its own.
+  return orthonormal && c1.dot(c2.cross(c3)) > 0.0 && std::isfinite(r1_c4) &&
+         std::isfinite(r2_c4) && std::isfinite(r3_c4);
 }
 
 void Transform::normalizeTransform() {

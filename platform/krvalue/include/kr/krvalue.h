@@ -139,7 +139,9 @@ class KRVALUE_API KRValue {
   }
 
   /// Element i of an array. Throws std::runtime_error when the value is not an
-  /// array or i is not below getSize().
+  /// array or i is not below getSize(). The elements of an array are
+  /// contiguous: &v[i] == &v[0] + i for every i below getSize(), valid until
+  /// the array is next modified (the library's list readers walk them so).
   const KRValue& operator[](int i) const {
     if (type_ != TypeArray || static_cast<std::uint32_t>(i) >= payload_.a->size) {
       throwBadIndex(i);
