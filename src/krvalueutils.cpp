@@ -20,6 +20,8 @@ const zu::log::CategoryType gCategory = zu::log::addCategory("KRValueUtils");
 
 namespace detail {
 
+const std::string kKRValueField = "KRValue";
+
 void throwPrefixed(const std::string& name, const char* complaint) {
   throw std::runtime_error("KRMotion: " + name + complaint);
 }

@@ -21,6 +21,9 @@ namespace detail {
 [[noreturn]] void throwExpectedInt(const KR::KRValue& value, const std::string& name,
                                    const std::string& fieldName);
 
+/// The field name "KRValue", under which list elements and durations are read.
+extern const std::string kKRValueField;
+
 /// True when warnings of the "KRValueUtils" category would be handed on.
 bool warningsEnabled();
 

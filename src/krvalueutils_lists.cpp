@@ -16,7 +16,6 @@ namespace KR {
 namespace ValueUtils {
 namespace {
 
-const std::string kKRValueField = "KRValue";
 
 // Messages of the bool reader: the argument name, a blank, then a complaint
 // beginning with ": ", so a blank stands before the colon.
@@ -55,7 +54,7 @@ const char* const kMapNotArray = " KRValue is not valid: it should be an array."
 void readFlat(const KR::KRValue& value, const std::string& name, std::vector<float>& floats) {
   floats.clear();
   if (detail::isNumber(value)) {
-    floats.assign(1, detail::readFloat(value, name, kKRValueField));
+    floats.assign(1, detail::readFloat(value, name, detail::kKRValueField));
     return;
   }
   detail::checkArray(value, name);
@@ -68,7 +67,7 @@ void readFlat(const KR::KRValue& value, const std::string& name, std::vector<flo
   const KR::KRValue* elements = &value[0];
   float* out = floats.data();
   for (unsigned int i = 0; i < size; ++i) {
-    out[i] = detail::readFloat(elements[i], name, kKRValueField);
+    out[i] = detail::readFloat(elements[i], name, detail::kKRValueField);
   }
 }
 
@@ -93,7 +92,7 @@ void readOneNumberPerGroup(const KR::KRValue& array, const std::string& name,
   groups.resize(size);
   for (unsigned int i = 0; i < size; ++i) {
     groups[i].resize(1);
-    groups[i][0] = detail::readFloat(array[static_cast<int>(i)], name, kKRValueField);
+    groups[i][0] = detail::readFloat(array[static_cast<int>(i)], name, detail::kKRValueField);
   }
 }
 
@@ -135,7 +134,7 @@ void extractVectorFloatsFromKRValue(const KR::KRValue& value, const std::string&
   // A single number is one group of one, whatever the flag says.
   if (detail::isNumber(value)) {
     groups.resize(1);
-    groups[0].assign(1, detail::readFloat(value, name, kKRValueField));
+    groups[0].assign(1, detail::readFloat(value, name, detail::kKRValueField));
     return;
   }
   detail::checkArray(value, name);

@@ -17,7 +17,6 @@ namespace {
 
 const std::string kAxisField = "axis";
 const std::string kFrameField = "frame";
-const std::string kKRValueField = "KRValue";
 
 // Numbers in warnings carry a sign and a decimal point: +1.50000, -0.300000.
 void composeClipWarning(std::ostringstream& text, float before, float after, float min,
@@ -116,8 +115,8 @@ void extractVectorFrameFromKRValue(const KR::KRValue& value, const std::string& 
 boost::chrono::nanoseconds extractDuration(const KR::KRValue& seconds,
                                            const KR::KRValue& microseconds,
                                            const std::string& name) {
-  const int u = detail::readInt(microseconds, name, kKRValueField);
-  const int s = detail::readInt(seconds, name, kKRValueField);
+  const int u = detail::readInt(microseconds, name, detail::kKRValueField);
+  const int s = detail::readInt(seconds, name, detail::kKRValueField);
   return boost::chrono::nanoseconds((std::int64_t(s) * 1000000 + u) * 1000);
 }
 

@@ -16,7 +16,6 @@ namespace KR {
 namespace ValueUtils {
 namespace {
 
-const std::string kKRValueField = "KRValue";
 // Points and the transform of metrical data are reported under this word,
 // not under the caller's argument name.
 const std::string kMetricalDataName = "MetricalDataExtractor";
@@ -31,7 +30,7 @@ const std::string& stringOf(const KR::KRValue& value) {
 // for being an array; the value's own size and string conversion decide.
 void readLevelAndNames(const KR::KRValue& value, const std::string& name, int& level,
                        std::set<std::string>& names) {
-  level = detail::readInt(value[0], name, kKRValueField);
+  level = detail::readInt(value[0], name, detail::kKRValueField);
   const KR::KRValue& list = value[1];
   for (unsigned int k = 0; k < list.getSize(); ++k) {
     names.insert(stringOf(list[static_cast<int>(k)]));
