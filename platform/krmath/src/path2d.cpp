@@ -1,0 +1,157 @@
+#include <kr/math/trajectory/path2d.h>
+
+#include "motionprofile.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace KR {
+namespace Math {
+namespace Trajectory {
+namespace {
+
+// s clamped into [0, length]; NaN gives 0.
+double clampedArc(double s, double length) {
+  if (!(s > 0.0)) {
+    return 0.0;
+  }
+  return std::min(s, length);
+}
+
+// Length of the chord spanning an arc of length s and curvature k,
+// 2 sin(k s / 2) / k, written so that it stays exact as k goes to 0.
+double chordLength(double curvature, double s) {
+  const double half = 0.5 * curvature * s;
+  if (std::fabs(half) < 1e-4) {
+    return s * (1.0 - half * half / 6.0);
+  }
+  return s * std::sin(half) / half;
+}
+
+bool fitsFloat(const PoseD& p) {
+  const double limit = static_cast<double>(FLT_MAX);
+  return std::fabs(p.x) <= limit && std::fabs(p.y) <= limit && std::fabs(p.theta) <= limit;
+}
+
+// Checks one segment and that every stored number along it stays a finite
+// float; throws std::runtime_error otherwise.
+void requireValid(const Segment2D& segment) {
+  if (!isFinite(segment.start) || !std::isfinite(segment.curvature) ||
+      !std::isfinite(segment.length) || segment.length < 0.0f) {
+    throw std::runtime_error("A path segment needs a finite start pose, curvature and length >= 0.");
+  }
+  if (!fitsFloat(segmentPoseAt(segment, segment.length))) {
+    throw std::runtime_error("A path segment ends outside the range of float coordinates.");
+  }
+}
+
+std::vector<Segment2D> withoutEmptySegments(const std::vector<Segment2D>& segments) {
+  std::vector<Segment2D> kept;
+  kept.reserve(segments.size());
+  for (const Segment2D& segment : segments) {
+    requireValid(segment);
+    if (segment.length > 0.0f) {
+      kept.push_back(segment);
+    }
+  }
+  return kept;
+}
+
+double totalLength(const std::vector<Segment2D>& segments) {
+  double length = 0.0;
+  for (const Segment2D& segment : segments) {
+    length += segment.length;
+  }
+  if (length > static_cast<double>(FLT_MAX)) {
+    throw std::runtime_error("A path's length exceeds the range of float.");
+  }
+  return length;
+}
+
+std::vector<Segment2D> segmentsOf(const std::vector<std::unique_ptr<KRDirectPath2D> >& pieces) {
+  std::vector<Segment2D> segments;
+  for (const auto& piece : pieces) {
+    if (!piece) {
+      throw std::runtime_error("A composed path cannot hold a null piece.");
+    }
+    segments.insert(segments.end(), piece->segments().begin(), piece->segments().end());
+  }
+  return segments;
+}
+
+}  // namespace
+
+PoseD segmentPoseAt(const Segment2D& segment, double s) {
+  const double heading = segment.start.theta;
+  const double turn = static_cast<double>(segment.curvature) * s;
+  // The chord points halfway between the start and end headings.
+  const double chord = chordLength(segment.curvature, s);
+  const double direction = heading + 0.5 * turn;
+  return {segment.start.x + chord * std::cos(direction),
+          segment.start.y + chord * std::sin(direction), heading + turn};
+}
+
+Pose2D Segment2D::poseAt(float s) const {
+  return toPose2D(segmentPoseAt(*this, clampedArc(s, length)));
+}
+
+Pose2D Segment2D::endPose() const { return poseAt(length); }
+
+KRPath2D::~KRPath2D() = default;
+
+KRPath2D::KRPath2D(const Pose2D& start, std::vector<Segment2D> segments)
+    : start_(start), segments_(withoutEmptySegments(segments)), length_(totalLength(segments_)) {
+  if (!isFinite(start)) {
+    throw std::runtime_error("A path's start pose must be finite.");
+  }
+}
+
+float KRPath2D::length() const { return static_cast<float>(length_); }
+
+const Pose2D& KRPath2D::startPose() const { return start_; }
+
+Pose2D KRPath2D::endPose() const {
+  if (segments_.empty()) {
+    return start_;
+  }
+  return segments_.back().endPose();
+}
+
+Pose2D KRPath2D::poseAt(float s) const {
+  if (segments_.empty()) {
+    return start_;
+  }
+  // Walk to the first segment that reaches s: at a joint that is the
+  // earlier segment.
+  double remaining = clampedArc(s, length_);
+  for (const Segment2D& segment : segments_) {
+    if (remaining <= segment.length) {
+      return toPose2D(segmentPoseAt(segment, remaining));
+    }
+    remaining -= segment.length;
+  }
+  return endPose();  // rounding left a sliver past the last segment
+}
+
+const std::vector<Segment2D>& KRPath2D::segments() const { return segments_; }
+
+KRDirectPath2D::KRDirectPath2D(Kind kind, const Pose2D& start, std::vector<Segment2D> segments)
+    : KRPath2D(start, std::move(segments)), kind_(kind) {}
+
+KRDirectPath2D::Kind KRDirectPath2D::kind() const { return kind_; }
+
+KRPath2DComposed::KRPath2DComposed(const Pose2D& start,
+                                   std::vector<std::unique_ptr<KRDirectPath2D> > pieces)
+    : KRPath2D(start, segmentsOf(pieces)), pieces_(std::move(pieces)) {}
+
+const std::vector<std::unique_ptr<KRDirectPath2D> >& KRPath2DComposed::pieces() const {
+  return pieces_;
+}
+
+}  // namespace Trajectory
+}  // namespace Math
+}  // namespace KR
