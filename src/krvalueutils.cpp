@@ -26,6 +26,10 @@ void throwPrefixed(const std::string& name, const char* complaint) {
   throw std::runtime_error("KRMotion: " + name + complaint);
 }
 
+void throwBare(const std::string& name, const char* complaint) {
+  throw std::runtime_error(name + complaint);
+}
+
 void throwExpectedFloat(const KR::KRValue& value, const std::string& name,
                         const std::string& fieldName) {
   if (!value.isValid()) {

@@ -16,6 +16,8 @@ namespace detail {
 
 // Thrown messages. Each composes its text only when called.
 [[noreturn]] void throwPrefixed(const std::string& name, const char* complaint);
+/// Throws `name` directly followed by `complaint`, with no separator.
+[[noreturn]] void throwBare(const std::string& name, const char* complaint);
 [[noreturn]] void throwExpectedFloat(const KR::KRValue& value, const std::string& name,
                                      const std::string& fieldName);
 [[noreturn]] void throwExpectedInt(const KR::KRValue& value, const std::string& name,

@@ -16,7 +16,6 @@ namespace KR {
 namespace ValueUtils {
 namespace {
 
-
 // Messages of the bool reader: the argument name, a blank, then a complaint
 // beginning with ": ", so a blank stands before the colon.
 const char* const kBoolInvalid = ": Expected a bool or vector of bool but found an invalid KRValue";
@@ -34,9 +33,6 @@ const char* const kMapNotArray = " KRValue is not valid: it should be an array."
   throw std::runtime_error(name + " " + complaint);
 }
 
-[[noreturn]] void throwBare(const std::string& name, const char* complaint) {
-  throw std::runtime_error(name + complaint);
-}
 
 // The entry message says "length 2 arrays" even when entries are read as
 // [key, skipped, value]; callers match on this text, line feed included.
@@ -206,10 +202,10 @@ void extractKeyValueMapFromKRValue(const KR::KRValue& value, const std::string& 
                                    std::map<std::string, KR::KRValue>& map) {
   map.clear();
   if (!value.isValid()) {
-    throwBare(name, kMapInvalid);
+    detail::throwBare(name, kMapInvalid);
   }
   if (!value.isArray()) {
-    throwBare(name, kMapNotArray);
+    detail::throwBare(name, kMapNotArray);
   }
   // With skipSecondElement an entry is [key, anything, value, ...]: element 1
   // is never looked at.

@@ -28,10 +28,16 @@
 #include <kr/math/position2d.h>
 #include <kr/math/position3d.h>
 #include <kr/math/position6d.h>
+#include <kr/math/rationalseconds.h>
 #include <kr/math/supportsequence.h>
+#include <kr/math/trajectory/limits.h>
+#include <kr/math/trajectory/pathfactory.h>
+#include <kr/math/trajectory/trajectoryfactory.h>
 #include <kr/math/transform.h>
 
 #include <boost/chrono/duration.hpp>
+#include <boost/function.hpp>
+#include <boost/rational.hpp>
 
 #include <bitset>
 #include <map>
@@ -424,6 +430,97 @@ KRVALUEUTILS_API void createKRValueFromVectorVectorFloat(const std::vector<std::
 /// [[x, y, z], ...]
 KRVALUEUTILS_API void createKRValueFromVectorPosition3D(const std::vector<KR::Math::Position3D>& v,
                                                         KR::KRValue& out);
+
+// ---------------------------------------------------------------------------
+// Path descriptions. A path is [TYPE, ...]:
+//   ["Line", Position2D]                                        size 2
+//   ["Circle", Position2D, float]                               size 3
+//   ["Flat", Position2D, float, Position2D, Position2D, float]   size 6
+//   ["Composed", direct path, direct path, ...]                 (general functions only)
+// Type words are matched exactly. Each element goes, in array order, to the
+// geometry library's parameter in the same position (see
+// kr/math/trajectory/path2d.h for what they mean). Messages are `name`
+// followed directly by a fixed text, with no separator: note that the texts
+// beginning with "Invalid" run into the name ("argInvalid Path2DFlat KRValue").
+// Positions and floats that fail report the element readers' own messages.
+
+/// One direct path into a builder of the geometry library (PathFactory(1.0)).
+/// Throws, in this order of checks: checkArrayFromKRValue's messages;
+/// " Wrong DirectPath2D type format" (element 0 not a string);
+/// "Invalid Path2DStraightLine KRValue", "Invalid Path2DArcOfCircle KRValue",
+/// "Invalid Path2DFlat KRValue" (wrong size for the kind, checked before any
+/// element is read); " Unknown DirectPath2D type" (any other word, "Composed"
+/// included). `builder` is replaced only on success.
+KRVALUEUTILS_API void extractDirectPath2DBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name,
+    boost::function<KR::Math::Trajectory::KRDirectPath2D*(const KR::Math::Pose2D&)>& builder);
+
+/// A direct or composed path into a path builder. Element 0 not a string
+/// throws " Wrong Path2D type format"; a direct kind is decoded as above; a
+/// composed path decodes each element as a direct path (so a nested
+/// "Composed" throws " Unknown DirectPath2D type"). ["Composed"] alone gives
+/// an empty composed path. `builder` is replaced only on success.
+KRVALUEUTILS_API void extractPath2DBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name,
+    boost::function<KR::Math::Trajectory::KRPath2D*(const KR::Math::Pose2D&)>& builder);
+
+/// One direct path added to `factory` by one call of addLine, addCircle or
+/// addFlat, after every element was read: a failure adds nothing. Same
+/// checks and messages as extractDirectPath2DBuilderFromKRValue.
+KRVALUEUTILS_API void extractDirectPath2DIntoTrajectoryFactory(
+    const KR::KRValue& value, const std::string& name,
+    KR::Math::Trajectory::TrajectoryFactory& factory);
+
+/// A direct or composed path added to `factory` piece by piece, in array
+/// order. " Wrong Path2D type format" when element 0 is not a string;
+/// " Empty Composed Path2D" for ["Composed"] alone. When a piece fails, the
+/// pieces before it stay added (no rollback).
+KRVALUEUTILS_API void extractPath2DIntoTrajectoryFactory(
+    const KR::KRValue& value, const std::string& name,
+    KR::Math::Trajectory::TrajectoryFactory& factory);
+
+// ---------------------------------------------------------------------------
+// Trajectory descriptions. A trajectory is
+//   ["Holonomic", path, rotation, seconds]                      size 4
+//   ["NonHolonomic", path, seconds]                             size 3
+//   ["Composed", direct trajectory, direct trajectory, ...]     at least one
+// where path is any path description above except an empty composed one.
+// Each direct trajectory gets a factory of its own, made with (firstLimits,
+// secondLimits, period, factoryParameter); seconds are converted with
+// KR::Math::rationalSecondsFromFloat(seconds, period). The path is read
+// before the numbers. Messages are `name` followed directly by a fixed text,
+// as for paths. `builder` is replaced only on success; the geometry
+// library's own exceptions (limits, durations) pass through.
+
+/// Throws " Wrong Path2D type format" (element 0 not a string),
+/// "Invalid HolonomicTrajectoryPose2D KRValue" (wrong size for either kind,
+/// checked before anything is read or made), or
+/// " Unknown DirectTrajectoryPose2D type".
+KRVALUEUTILS_API void extractDirectTrajectoryPose2DBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const KR::Math::RationalSeconds& period,
+    const KR::Math::Trajectory::Limits& firstLimits,
+    const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter,
+    boost::function<KR::Math::Trajectory::KRDirectTrajectoryPose2D*(
+        const KR::Math::Pose2DPosVelAcc&)>& builder);
+
+/// Throws " Wrong TrajectoryPose2DComposed format" (element 0 not the string
+/// "Composed"), " Empty Composed TrajectoryPose2D" (no element after it), or
+/// the message of the first element that fails.
+KRVALUEUTILS_API void extractTrajectoryPose2DComposedBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const KR::Math::RationalSeconds& period,
+    const KR::Math::Trajectory::Limits& firstLimits,
+    const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter,
+    boost::function<KR::Math::Trajectory::KRTrajectoryPose2DComposed*(
+        const KR::Math::Pose2DPosVelAcc&)>& builder);
+
+/// A composed or direct trajectory. Throws " Wrong TrajectoryPose2D type
+/// format" when element 0 is not a string; otherwise as the two above.
+KRVALUEUTILS_API void extractTrajectoryPose2DBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const KR::Math::RationalSeconds& period,
+    const KR::Math::Trajectory::Limits& firstLimits,
+    const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter,
+    boost::function<KR::Math::Trajectory::KRTrajectoryPose2D*(
+        const KR::Math::Pose2DPosVelAcc&)>& builder);
 
 }  // namespace ValueUtils
 }  // namespace KR

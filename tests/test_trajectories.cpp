@@ -1,0 +1,180 @@
+// Trajectory descriptions: messages and their order of checks for the three
+// functions, the caller's builder after a failure, and the trajectories the
+// builders make.
+#include <kr/krvaluetext.h>
+#include <kr/krvalueutils.h>
+
+#include "test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace {
+
+using KR::KRValue;
+using KR::Math::Pose2D;
+using KR::Math::Pose2DPosVelAcc;
+using KR::Math::RationalSeconds;
+using namespace KR::Math::Trajectory;
+using namespace KR::ValueUtils;
+
+KRValue parse(const std::string& text) { return KR::parseKRValue(text); }
+
+const RationalSeconds kPeriod(boost::rational<int>(1, 100));
+// Generous enough for every trajectory below to take the duration asked for.
+const Limits kLimits(2, 2);
+
+const auto kPreviousDirect = [](const Pose2DPosVelAcc&) -> KRDirectTrajectoryPose2D* {
+  return nullptr;
+};
+const auto kPreviousComposed = [](const Pose2DPosVelAcc&) -> KRTrajectoryPose2DComposed* {
+  return nullptr;
+};
+const auto kPrevious = [](const Pose2DPosVelAcc&) -> KRTrajectoryPose2D* { return nullptr; };
+
+// Runs the three functions on `text`, each into a builder holding a previous
+// callable, and checks their messages and that a failure kept the previous one.
+void expectMessages(const std::string& text, const std::string& direct,
+                    const std::string& composed, const std::string& general,
+                    const Limits& limits = kLimits) {
+  SCOPED_TRACE(text);
+  const KRValue value = parse(text);
+  DirectTrajectoryPose2DBuilder directBuilder = kPreviousDirect;
+  TrajectoryPose2DComposedBuilder composedBuilder = kPreviousComposed;
+  TrajectoryPose2DBuilder builder = kPrevious;
+  EXPECT_EQ(messageOf([&] {
+              extractDirectTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, limits, limits,
+                                                              1.0f, directBuilder);
+            }),
+            direct);
+  EXPECT_EQ(messageOf([&] {
+              extractTrajectoryPose2DComposedBuilderFromKRValue(value, "t", kPeriod, limits,
+                                                                limits, 1.0f, composedBuilder);
+            }),
+            composed);
+  EXPECT_EQ(messageOf([&] {
+              extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, limits, limits, 1.0f,
+                                                        builder);
+            }),
+            general);
+  EXPECT_EQ(directBuilder.target<decltype(kPreviousDirect)>() != nullptr, direct != kNoThrow);
+  EXPECT_EQ(composedBuilder.target<decltype(kPreviousComposed)>() != nullptr,
+            composed != kNoThrow);
+  EXPECT_EQ(builder.target<decltype(kPrevious)>() != nullptr, general != kNoThrow);
+}
+
+const std::string kWrongComposed = "t Wrong TrajectoryPose2DComposed format";
+const std::string kUnknown = "t Unknown DirectTrajectoryPose2D type";
+const std::string kInvalidSize = "tInvalid HolonomicTrajectoryPose2D KRValue";
+
+TEST(TrajectoryDescriptions, MessagesInTheOrderOfTheChecks) {
+  expectMessages("5", "KRMotion: t KRValue is not an array.",
+                 "KRMotion: t KRValue is not an array.", "KRMotion: t KRValue is not an array.");
+  expectMessages("[7, 1]", "t Wrong Path2D type format", kWrongComposed,
+                 "t Wrong TrajectoryPose2D type format");
+  expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], 0.5, 2.0])", kInvalidSize, kWrongComposed,
+                 kInvalidSize);
+  expectMessages(R"(["Holonomic", ["Line", [1, 0]], 2.0])", kInvalidSize, kWrongComposed,
+                 kInvalidSize);
+  expectMessages(R"(["holonomic", ["Line", [1, 0]], 0.5, 2.0])", kUnknown, kWrongComposed,
+                 kUnknown);
+  expectMessages(R"(["Composed"])", kUnknown, "t Empty Composed TrajectoryPose2D",
+                 "t Empty Composed TrajectoryPose2D");
+  expectMessages(R"(["Composed", ["Composed", ["NonHolonomic", ["Line", [1, 0]], 2]]])", kUnknown,
+                 kUnknown, kUnknown);
+  // The path is read before the numbers, and the rotation before the seconds.
+  expectMessages(R"(["Holonomic", ["Composed"], "a", 2.0])", "t Empty Composed Path2D",
+                 kWrongComposed, "t Empty Composed Path2D");
+  expectMessages(R"(["Holonomic", ["Line", [1]], "a", "b"])",
+                 "KRMotion: t Position2D is not valid. It has to be [x, y].", kWrongComposed,
+                 "KRMotion: t Position2D is not valid. It has to be [x, y].");
+  expectMessages(R"(["Holonomic", ["Line", [1, 0]], null, "b"])",
+                 "t KRValue: Expected a float but found an invalid KRValue", kWrongComposed,
+                 "t KRValue: Expected a float but found an invalid KRValue");
+  expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], "s"])", "t KRValue: Expected a float",
+                 kWrongComposed, "t KRValue: Expected a float");
+  // A failing second element leaves the caller's builder as it was.
+  expectMessages(
+      R"(["Composed", ["NonHolonomic", ["Line", [1, 0]], 2], ["Holonomic", ["Line", [1, 0]], 1]])",
+      kUnknown, kInvalidSize, kInvalidSize);
+}
+
+TEST(TrajectoryDescriptions, TheSizeIsCheckedBeforeTheFactoryIsMade) {
+  // Limits no factory accepts: only a description of the right size gets as
+  // far as making one, and the factory's own exception passes through.
+  const Limits unusable(0, 0);
+  expectMessages(R"(["Holonomic", ["Line", [1, 0]], 2.0])", kInvalidSize, kWrongComposed,
+                 kInvalidSize, unusable);
+  const KRValue good = parse(R"(["NonHolonomic", ["Line", [1, 0]], 2.0])");
+  DirectTrajectoryPose2DBuilder builder;
+  EXPECT_THROW(extractDirectTrajectoryPose2DBuilderFromKRValue(good, "t", kPeriod, unusable,
+                                                               unusable, 1.0f, builder),
+               std::runtime_error);
+}
+
+// The state at the end of a trajectory built at rest at the origin.
+struct Built {
+  double seconds;
+  Pose2D end;
+  bool holonomic;
+};
+
+template <typename Builder>
+Built build(const Builder& builder) {
+  const std::unique_ptr<KRTrajectoryPose2D> trajectory(builder(Pose2DPosVelAcc()));
+  const double seconds = KR::Math::toSeconds(trajectory->duration());
+  return {seconds, trajectory->stateAt(seconds).position,
+          dynamic_cast<KRTrajectoryPose2DHolonomic*>(trajectory.get()) != nullptr};
+}
+
+TEST(TrajectoryDescriptions, BuildersFollowThePathForTheDurationGiven) {
+  const struct {
+    const char* text;
+    Built expected;
+  } rows[] = {
+      {R"(["Holonomic", ["Line", [1.0, 0.0]], 0.5, 2.0])", {2.0, Pose2D(1, 0, 0.5f), true}},
+      {R"(["NonHolonomic", ["Line", [1.0, 0.0]], 2.0])", {2.0, Pose2D(1, 0, 0), false}},
+      {R"(["NonHolonomic", ["Composed", ["Line", [1, 0]], ["Line", [0, 1]]], 6])",
+       {6.0, Pose2D(1, 1, 1.5707964f), false}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    const KRValue value = parse(row.text);
+    DirectTrajectoryPose2DBuilder direct;
+    TrajectoryPose2DBuilder general;
+    extractDirectTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f,
+                                                    direct);
+    extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f,
+                                              general);
+    for (const Built& built : {build(direct), build(general)}) {
+      EXPECT_EQ(built.seconds, row.expected.seconds);
+      EXPECT_NEAR(built.end.x, row.expected.end.x, 1e-5);
+      EXPECT_NEAR(built.end.y, row.expected.end.y, 1e-5);
+      EXPECT_NEAR(built.end.theta, row.expected.end.theta, 1e-5);
+      EXPECT_EQ(built.holonomic, row.expected.holonomic);
+    }
+  }
+}
+
+TEST(TrajectoryDescriptions, AComposedTrajectoryRunsItsPiecesOneAfterTheOther) {
+  const KRValue value = parse(R"(["Composed", ["NonHolonomic", ["Line", [1, 0]], 2],
+                                   ["Holonomic", ["Line", [1, 0]], -0.5, 1.5]])");
+  TrajectoryPose2DComposedBuilder composed;
+  TrajectoryPose2DBuilder general;
+  extractTrajectoryPose2DComposedBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f,
+                                                    composed);
+  extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f, general);
+  const std::unique_ptr<KRTrajectoryPose2DComposed> trajectory(composed(Pose2DPosVelAcc()));
+  ASSERT_EQ(trajectory->pieces().size(), 2u);
+  EXPECT_EQ(KR::Math::toSeconds(trajectory->duration()), 3.5);
+  const Pose2D end = trajectory->stateAt(3.5).position;
+  EXPECT_NEAR(end.x, 2.0f, 1e-5);
+  EXPECT_NEAR(end.theta, -0.5f, 1e-5);
+  const Built viaGeneral = build(general);
+  EXPECT_EQ(viaGeneral.seconds, 3.5);
+  EXPECT_EQ(viaGeneral.end, end);
+}
+
+}  // namespace
