@@ -58,3 +58,17 @@ show read navigation '[[0, 0]]' --name nav
 show read key '[1, [7, 0.1, 0], [3, -0.1, 0]]' --name angles
 show read control-points '[10, 20, 30]' --times '[0.5, 1.0, 1.5]' --min-time 1.0 --name angles
 show write motion-config '[["Enabled", "1"], ["Speed", 2], ["Mode", [1]]]'
+show path '["Composed", ["Line", [1.0, 0.0]], ["Circle", [0.0, 0.5], 1.5707964], ["Line", [1.0, 0.0]]]'
+show path '["Flat", [0.0, 1.0], 1.5707964, [1.0, 2.5], [2.0, 2.5], -1.5707964]' --start 1,2,0.5 \
+  --svg build/release/flat-path.svg
+show path '["Line", [1, 2], 3]' --name p
+show path '["Composed", ["Line", [1.0, 0.0]], ["Composed"]]' --name p
+show path '["Line", [1.0, 0.0]]' --start 1,2
+show path '["Composed", ["Line", [1, 0]], ["Flat", [0, 1], 1.5, [2, 1], [2, 2], -1]]' --factory
+show path '["Composed", ["Line", [1, 0]], ["Circle", [0, 1]]]' --factory --name p
+show path '["Composed", ["Line", [1, 0]]]' --direct --name p
+show trajectory '["NonHolonomic", ["Line", [1.0, 0.0]], 0.0]'
+show trajectory '["Holonomic", ["Circle", [0.0, 1.0], 1.5707964], 1.5707964, 5.0]' --limits 0.3,0.3
+show trajectory '["Holonomic", ["Line", [1.0, 0.0]]]' --name move
+show trajectory '["NonHolonomic", ["Line", [1.0, 0.0]], 0.0]' --limits 0,1
+show trajectory '["NonHolonomic", ["Line", [1.0, 0.0]], 2.0]' --kind composed --name move

@@ -3,12 +3,19 @@
 //   krvalue read READER 'VALUE' [--name NAME] [--field FIELD] [--min A --max B]
 //   krvalue write WRITER 'INPUT'
 //   krvalue list
+//   krvalue path 'DESCRIPTION' [--start X,Y,THETA] [--name NAME] [--svg FILE]
+//       [--direct] [--factory]
+//   krvalue trajectory 'DESCRIPTION' [--start X,Y,THETA] [--period SECONDS]
+//       [--limits V,A] [--second-limits V,A] [--fraction F] [--kind any|direct|composed]
+//       [--name NAME] [--svg FILE]
 //
-// VALUE is the JSON text form of a KR::KRValue ("-" reads it from standard
-// input). A reader prints its typed result; a failing one prints the
-// library's message and exits with status 1. Warnings go to standard error.
-// Unusable input (bad text, unknown reader) exits with status 2.
+// VALUE and DESCRIPTION are the JSON text form of a KR::KRValue ("-" reads
+// it from standard input). A reader prints its typed result; a failing one
+// prints the library's message and exits with status 1. Warnings go to
+// standard error. Unusable input (bad text, unknown reader, a malformed
+// option) exits with status 2.
 #include "commands.h"
+#include "paths.h"
 
 #include <zu/log.h>
 
@@ -21,6 +28,7 @@
 namespace {
 
 using krvaluetool::Options;
+using krvaluetool::PathOptions;
 
 std::string readInput(const std::string& argument) {
   if (argument != "-") {
@@ -49,6 +57,9 @@ void printList() {
   for (const auto& writer : commands.writers) {
     std::cout << "  " << writer.name << "  " << writer.usage << "\n";
   }
+  std::cout << "descriptions (krvalue path|trajectory DESCRIPTION, see --help):\n"
+            << "  path  a path description; prints its length, end pose and samples\n"
+            << "  trajectory  a trajectory description; prints its duration and states\n";
 }
 
 // Runs a command, mapping the library's failures to status 1 and unusable
@@ -88,6 +99,32 @@ void addOptions(CLI::App* command, Options& options) {
                       "control points: points earlier than this are dropped");
 }
 
+void addPathOptions(CLI::App* command, PathOptions& options) {
+  command->add_option("--name", options.name, "argument name used in messages")
+      ->capture_default_str();
+  command->add_option("--start", options.start, "start pose X,Y,THETA (meters, radians)")
+      ->capture_default_str();
+  command->add_option("--svg", options.svg, "also draw it into this SVG file");
+}
+
+void addTrajectoryOptions(CLI::App* command, PathOptions& options) {
+  addPathOptions(command, options);
+  command->add_option("--kind", options.kind, "reader: any, direct or composed")
+      ->check(CLI::IsMember({"any", "direct", "composed"}))
+      ->capture_default_str();
+  command
+      ->add_option("--period", options.period,
+                   "controller period in seconds, rounded to whole milliseconds")
+      ->capture_default_str();
+  command->add_option("--limits", options.limits, "translation limits V,A (m/s, m/s^2)")
+      ->capture_default_str();
+  command
+      ->add_option("--second-limits", options.secondLimits, "rotation limits V,A (rad/s, rad/s^2)")
+      ->capture_default_str();
+  command->add_option("--fraction", options.fraction, "share of the limits used, in (0, 1]")
+      ->capture_default_str();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -112,12 +149,44 @@ int main(int argc, char** argv) {
 
   app.add_subcommand("list", "list every reader and writer");
 
-  CLI11_PARSE(app, argc, argv);
+  PathOptions pathOptions;
+  CLI::App* path = app.add_subcommand("path", "build a described path and sample it");
+  path->add_option("DESCRIPTION", input, "path description as JSON text, or - for standard input")
+      ->required();
+  addPathOptions(path, pathOptions);
+  path->add_flag("--direct", pathOptions.direct, "read a direct path only (no \"Composed\")");
+  path->add_flag("--factory", pathOptions.factory,
+                 "feed a trajectory factory instead and print the calls it receives");
+
+  CLI::App* trajectory =
+      app.add_subcommand("trajectory", "build a described trajectory and sample it");
+  trajectory
+      ->add_option("DESCRIPTION", input,
+                   "trajectory description as JSON text, or - for standard input")
+      ->required();
+  addTrajectoryOptions(trajectory, pathOptions);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    // Help exits with 0; every malformed command line is unusable input.
+    return app.exit(e) == 0 ? 0 : 2;
+  }
 
   const krvaluetool::Commands& commands = krvaluetool::allCommands();
   if (app.got_subcommand("list")) {
     printList();
     return 0;
+  }
+  if (path->parsed()) {
+    return run([&] {
+      return krvaluetool::runPath(krvaluetool::parseInput(readInput(input)), pathOptions);
+    });
+  }
+  if (trajectory->parsed()) {
+    return run([&] {
+      return krvaluetool::runTrajectory(krvaluetool::parseInput(readInput(input)), pathOptions);
+    });
   }
   if (read->parsed()) {
     const krvaluetool::Reader* reader = find(commands.readers, commandName);
