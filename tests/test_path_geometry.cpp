@@ -137,6 +137,18 @@ TEST(PathGeometry, FlatPathHasItsThreeParts) {
   expectPose(path->poseAt(kPi / 2), {1, 1, kPi / 2});
 }
 
+// A path so long that its float length falls short of the double sum of its
+// segments (found by fuzzing: poseAt(length()) stopped metres before the end
+// on the last, small arc).
+TEST(PathGeometry, PoseAtTheFloatLengthIsTheEndOfALongPath) {
+  const auto path = build(PathFactory(1.0f).flatPathBuilder({0, 0.5f}, 1.5707964f, {2, 1},
+                                                            {1, 2.5f}, -185707964.0f),
+                          Pose2D());
+  ASSERT_GT(path->length(), 1e8f);
+  EXPECT_EQ(path->poseAt(path->length()), path->endPose());
+  EXPECT_EQ(path->poseAt(path->length() * 2), path->endPose());
+}
+
 TEST(PathGeometry, ComposedPiecesChainAtThePreviousEnd) {
   const PathFactory factory(1.0f);
   const auto straight =

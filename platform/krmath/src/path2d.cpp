@@ -125,6 +125,11 @@ Pose2D KRPath2D::poseAt(float s) const {
   if (segments_.empty()) {
     return start_;
   }
+  // length() is the double length rounded to float, and may fall short of
+  // the end of a very long path: from it on, the pose is the end pose.
+  if (s >= length()) {
+    return endPose();
+  }
   // Walk to the first segment that reaches s: at a joint that is the
   // earlier segment.
   double remaining = clampedArc(s, length_);

@@ -54,7 +54,8 @@ class KRMATH_API KRPath2D {
   /// The pose at the end of the path: its last point with the tangent
   /// heading there (the start pose for a path of length 0).
   Pose2D endPose() const;
-  /// The pose at arc length `s`, clamped into [0, length()]. At a joint
+  /// The pose at arc length `s`: the start pose for s <= 0 (or NaN), the end
+  /// pose for s >= length(), so poseAt(length()) == endPose(). At a joint
   /// between two segments the pose ends the earlier one, so a corner's new
   /// heading shows only past the joint.
   Pose2D poseAt(float s) const;
