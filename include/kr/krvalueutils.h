@@ -227,7 +227,8 @@ KRVALUEUTILS_API void extractDiagnosisFromKRValue(const KR::KRValue& value, int&
                                                   std::set<std::string>& names,
                                                   const std::string& name);
 
-/// [[name, touched], ...]; an empty array gives an empty map. An entry that is
+/// [[name, touched], ...]; the map is cleared first. An empty array, and any
+/// valid value that is not an array (a number, a string), give an empty map. An entry that is
 /// not an array of at least two elements with a string and a bool throws
 /// "<name> Your collection of Touch was invalid."; the first entry of a name
 /// wins.
@@ -239,8 +240,9 @@ KRVALUEUTILS_API void extractTouchFromKRValue(const KR::KRValue& value, const st
 KRVALUEUTILS_API void extractTouchFromKRValue(const KR::KRValue& value, const std::string& name,
                                               std::map<std::string, std::pair<bool, int>>& touch);
 
-/// [[any, any, positions], ...]: the positions of every entry (read as
-/// extractVectorPosition2DFromKRValue reads them), appended in order. An entry
+/// [[any, any, positions], ...]: `positions` is cleared, then the positions
+/// of every entry (read as extractVectorPosition2DFromKRValue reads them) are
+/// appended in order. An entry
 /// of another size throws "<name>Your collection of Navigation Position2D was
 /// invalid." (the name runs straight into the text).
 KRVALUEUTILS_API void extractNavigationFromKRValue(const KR::KRValue& value,
