@@ -3,7 +3,11 @@
 #   1. g++, warnings as errors, the whole suite;
 #   2. clang++, warnings as errors, the whole suite under AddressSanitizer and
 #      UndefinedBehaviorSanitizer;
-#   3. installs the g++ build and builds an outside project against the
+#   3. clang++ under ThreadSanitizer: readers, writers and warnings from
+#      several threads at once;
+#   4. every fuzz target (libFuzzer, ASan+UBSan) for KR_FUZZ_SECONDS (default
+#      20) seconds on its seed corpus;
+#   5. installs the g++ build and builds an outside project against the
 #      installed CMake package, then runs it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -25,6 +29,17 @@ cmake -S . -B build/clang-asan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKR_WERROR
 cmake --build build/clang-asan -j "$jobs"
 ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir build/clang-asan --output-on-failure -j "$jobs"
+
+step "clang++ with ThreadSanitizer: readers, writers and warnings from several threads"
+cmake -S . -B build/clang-tsan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKR_WERROR=ON \
+  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKR_SANITIZE=thread -DKR_BUILD_TOOLS=OFF \
+  -DKR_BUILD_BENCH=OFF >/dev/null
+cmake --build build/clang-tsan -j "$jobs" --target test_threads
+TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build/clang-tsan -R '^test_threads$' \
+  --output-on-failure
+
+step "fuzz every target for ${KR_FUZZ_SECONDS:-20} s on its seed corpus"
+scripts/fuzz.sh "${KR_FUZZ_SECONDS:-20}"
 
 step "install, then build an outside project against the installed package"
 rm -rf build/install
