@@ -29,11 +29,11 @@ using KR::Math::Position2D;
 using KR::Math::Position3D;
 using KR::Math::Position6D;
 using KR::Math::Transform;
+using krfuzz::isNumber;
+using krfuzz::sameBits;
 using krfuzz::succeeds;
 
 const std::string kName = "fuzz";
-
-bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 /// Records are plain floats without padding (their headers assert it), so
 /// comparing their bytes compares every field bit for bit.
@@ -54,8 +54,6 @@ bool sameRecords(const std::vector<Record>& a, const std::vector<Record>& b) {
   }
   return true;
 }
-
-bool isNumber(const KR::KRValue& v) { return v.isInt() || v.isFloat(); }
 
 /// Element k of an array as a reader converts it; callers have checked that
 /// it is a number.

@@ -56,6 +56,8 @@ using KR::Math::Trajectory::KRTrajectoryPose2DComposed;
 using KR::Math::Trajectory::KRTrajectoryPose2DHolonomic;
 using KR::Math::Trajectory::Limits;
 using KR::Math::Trajectory::TrajectoryFactory;
+using krfuzz::sameBits;
+using krfuzz::samePose;
 using krfuzz::succeeds;
 
 const std::string kName = "fuzz";
@@ -112,12 +114,6 @@ Options readOptions(FuzzedDataProvider& data) {
 }
 
 // --- helpers -------------------------------------------------------------------
-
-bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
-
-bool samePose(const Pose2D& a, const Pose2D& b) {
-  return sameBits(a.x, b.x) && sameBits(a.y, b.y) && sameBits(a.theta, b.theta);
-}
 
 bool sameState(const Pose2DPosVelAcc& a, const Pose2DPosVelAcc& b) {
   return samePose(a.position, b.position) && samePose(a.velocity, b.velocity) &&

@@ -20,14 +20,14 @@
 
 namespace {
 
+using krfuzz::sameBits;
+using krfuzz::samePose;
 using namespace KR::ValueUtils;
 using KR::Math::Pose2D;
 using KR::Math::Position2D;
 using KR::Math::Position3D;
 
 const std::string kName = "roundtrip";
-
-bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 // Any float, NaN and infinities included, half of the time; a plain one else.
 float anyFloat(FuzzedDataProvider& data) {
@@ -81,10 +81,6 @@ void checkPositions(FuzzedDataProvider& data) {
                  sameBits(pointsBack[i].y, points[i].y) &&
                  sameBits(pointsBack[i].z, points[i].z));
   }
-}
-
-bool samePose(const Pose2D& a, const Pose2D& b) {
-  return sameBits(a.x, b.x) && sameBits(a.y, b.y) && sameBits(a.theta, b.theta);
 }
 
 void checkPoses(FuzzedDataProvider& data) {

@@ -32,6 +32,7 @@
 namespace {
 
 using namespace KR::ValueUtils;
+using krfuzz::isNumber;
 using krfuzz::succeeds;
 
 const std::string kName = "fuzz";
@@ -151,8 +152,6 @@ void checkSupportSequences(const KR::KRValue& value) {
 }
 
 // --- temperature and diagnosis -------------------------------------------------
-
-bool isNumber(const KR::KRValue& v) { return v.isInt() || v.isFloat(); }
 
 /// The level as extractIntFromKRValue reads it.
 int levelOf(const KR::KRValue& v) { return extractIntFromKRValue(v, kName, "KRValue"); }

@@ -13,6 +13,7 @@
 
 #include <kr/krvalue.h>
 #include <kr/krvaluetext.h>
+#include <kr/math/pose2d.h>
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -122,6 +123,16 @@ inline std::optional<KR::KRValue> decodeValue(FuzzedDataProvider& data) {
   }
   return decodeOpcodes(data);
 }
+
+/// Floats compared bit for bit: NaN equals the same NaN, 0 differs from -0.
+inline bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+inline bool samePose(const KR::Math::Pose2D& a, const KR::Math::Pose2D& b) {
+  return sameBits(a.x, b.x) && sameBits(a.y, b.y) && sameBits(a.theta, b.theta);
+}
+
+/// An int or a float: what the float and int readers accept.
+inline bool isNumber(const KR::KRValue& v) { return v.isInt() || v.isFloat(); }
 
 /// Stops the run with a message when a property does not hold; libFuzzer
 /// then saves the input as a crash.

@@ -36,6 +36,8 @@
 namespace {
 
 using namespace KR::ValueUtils;
+using krfuzz::isNumber;
+using krfuzz::sameBits;
 using krfuzz::succeeds;
 
 const std::string kName = "fuzz";
@@ -85,10 +87,6 @@ Options readOptions(FuzzedDataProvider& data) {
   options.minTime = data.PickValueInArray(kOptionFloats);
   return options;
 }
-
-bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
-
-bool isNumber(const KR::KRValue& v) { return v.isInt() || v.isFloat(); }
 
 /// The float a number value holds, as the readers convert it.
 float numberOf(const KR::KRValue& v) { return static_cast<float>(v); }
