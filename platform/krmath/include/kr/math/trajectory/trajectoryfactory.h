@@ -44,8 +44,8 @@ typedef boost::function<KRTrajectoryPose2D*(const Pose2DPosVelAcc&)> TrajectoryP
 /// need longer (0 asks for the fastest motion), the motion takes the
 /// shortest duration the limits allow, rounded up to a whole number of
 /// periods. A builder throws std::runtime_error when that duration does not
-/// fit the fraction's int numerator. A factory with no piece makes a motion that stays in place (a
-/// holonomic one still turns).
+/// fit the fraction's int numerator. A factory with no piece makes a motion
+/// that stays in place (a holonomic one still turns).
 ///
 /// The three add operations are the only virtual functions; a derived
 /// factory may override them (to record them, for instance). The destructor
