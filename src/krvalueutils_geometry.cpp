@@ -5,8 +5,6 @@
 #include "krvalueutils_geometry_internal.h"
 #include "krvalueutils_internal.h"
 
-#include <iostream>
-
 namespace KR {
 namespace ValueUtils {
 namespace {
@@ -63,13 +61,13 @@ void readPosition2D(const KR::KRValue& value, const std::string& name,
     readXY(value[0], name, out);
     return;
   }
-  throwPrefixed(name, " Position2D is not valid. It has to be [x, y].");
+  fail(Message::Position2DNotValid, name);
 }
 
 void readPose2D(const KR::KRValue& value, const std::string& name, KR::Math::Pose2D& out) {
   // Elements from index 3 on are ignored, so [x, y, theta, time] is a pose too.
   if (!value.isArray() || value.getSize() < 3) {
-    throwPrefixed(name, " Pose2D is not valid. It has to be [x, y, theta].");
+    fail(Message::Pose2DNotValid, name);
   }
   out.x = readFloat(value[0], name, kX);
   out.y = readFloat(value[1], name, kY);
@@ -89,7 +87,7 @@ void readPose2DAndTime(const KR::KRValue& value, const std::string& name,
 void readPosition3D(const KR::KRValue& value, const std::string& name,
                     KR::Math::Position3D& out) {
   if (!value.isArray() || value.getSize() != 3) {
-    throwPrefixed(name, " Expected an KRValue with 3 floats for x, y, z.");
+    fail(Message::Position3DNotValid, name);
   }
   out.x = readFloat(value[0], name, kX);
   out.y = readFloat(value[1], name, kY);
@@ -99,7 +97,7 @@ void readPosition3D(const KR::KRValue& value, const std::string& name,
 void readPosition6D(const KR::KRValue& value, const std::string& name,
                     KR::Math::Position6D& out) {
   if (!value.isArray() || value.getSize() != 6) {
-    throwPrefixed(name, " Expected an KRValue with 6 floats for x, y, z, wx, wy, wz.");
+    fail(Message::Position6DNotValid, name);
   }
   out.x = readFloat(value[0], name, kX);
   out.y = readFloat(value[1], name, kY);
@@ -112,7 +110,7 @@ void readPosition6D(const KR::KRValue& value, const std::string& name,
 void readTransform(const KR::KRValue& value, const std::string& name, KR::Math::Transform& out) {
   const unsigned int size = value.getSize();
   if (!value.isArray() || (size != 12 && size != 16)) {
-    throwPrefixed(name, " Expected an KRValue with 12 or 16 floats.");
+    fail(Message::TransformSize, name);
   }
   // A fourth row (elements 12 to 15) is implicit in the record: not read,
   // not checked.
@@ -123,11 +121,11 @@ void readTransform(const KR::KRValue& value, const std::string& name, KR::Math::
     return;
   }
   if (!out.isTransform(kLenientTolerance)) {
-    throwPrefixed(name, " Wrong Transform given.");
+    fail(Message::WrongTransform, name);
   }
   // Nearly a transform: accepted after repair, and the repair is reported on
   // standard error (not in the log) as one line.
-  std::cerr << "KRMotion: " << name << " It is not exactly a transform." << std::endl;
+  reportRepairedTransform(name);
   out.normalizeTransform();
 }
 
@@ -161,7 +159,7 @@ void extractPosition6DFromKRValue(const KR::KRValue& value, const std::string& n
 void extractPosition6DFromVector(const std::vector<float>& values, const std::string& name,
                                  KR::Math::Position6D& out) {
   if (values.size() != 6) {
-    detail::throwPrefixed(name, " Expected an vector with 6 floats for x, y, z, wx, wy, wz.");
+    detail::fail(detail::Message::Position6DVectorNotValid, name);
   }
   out = KR::Math::Position6D(values);
 }

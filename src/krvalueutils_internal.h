@@ -2,10 +2,12 @@
 //
 // The readers' success paths are inline here so that record readers pay no
 // call per number; everything that builds a message lives out of line, on the
-// failure path only.
+// failure path only (krvalueutils_messages.h).
 #pragma once
 
 #include <kr/krvalue.h>
+
+#include "krvalueutils_messages.h"
 
 #include <climits>
 #include <string>
@@ -13,18 +15,6 @@
 namespace KR {
 namespace ValueUtils {
 namespace detail {
-
-// Thrown messages. Each composes its text only when called.
-[[noreturn]] void throwPrefixed(const std::string& name, const char* complaint);
-/// Throws `name` directly followed by `complaint`, with no separator.
-[[noreturn]] void throwBare(const std::string& name, const char* complaint);
-[[noreturn]] void throwExpectedFloat(const KR::KRValue& value, const std::string& name,
-                                     const std::string& fieldName);
-[[noreturn]] void throwExpectedInt(const KR::KRValue& value, const std::string& name,
-                                   const std::string& fieldName);
-
-/// The field name "KRValue", under which list elements and durations are read.
-extern const std::string kKRValueField;
 
 /// True when warnings of the "KRValueUtils" category would be handed on.
 bool warningsEnabled();
@@ -39,12 +29,12 @@ inline void checkArray(const KR::KRValue& value, const std::string& name) {
     return;
   }
   if (!value.isValid()) {
-    throwPrefixed(name, " KRValue is invalid.");
+    fail(Message::ArrayInvalid, name);
   }
   if (value.isArray()) {
-    throwPrefixed(name, " KRValue is empty.");
+    fail(Message::ArrayEmpty, name);
   }
-  throwPrefixed(name, " KRValue is not an array.");
+  fail(Message::NotAnArray, name);
 }
 
 inline float readFloat(const KR::KRValue& value, const std::string& name,
@@ -55,7 +45,7 @@ inline float readFloat(const KR::KRValue& value, const std::string& name,
   if (value.isInt()) {
     return static_cast<float>(static_cast<int>(value));
   }
-  throwExpectedFloat(value, name, fieldName);
+  failExpectedFloat(value, name, fieldName);
 }
 
 // Truncates toward zero, saturating where the float lies beyond int (the
@@ -81,7 +71,7 @@ inline int readInt(const KR::KRValue& value, const std::string& name,
   if (value.isFloat()) {
     return truncateToInt(static_cast<float>(value));
   }
-  throwExpectedInt(value, name, fieldName);
+  failExpectedInt(value, name, fieldName);
 }
 
 }  // namespace detail

@@ -14,14 +14,13 @@ using KR::Math::Interpolation::Key;
 using KR::Math::Interpolation::Parameter;
 
 const char* const kKeyFunction = "extractKeyFromKRValue";
-const char* const kForcedTypeWarning =
-    "angleInterpolationBezier received an unexpected interpolation type. Forced to BEZIER_AUTO.";
 
 // A parameter element must be a non-empty array of exactly three elements.
-void checkParameterShape(const KR::KRValue& param, const std::string& name, const char* complaint) {
+void checkParameterShape(const KR::KRValue& param, const std::string& name,
+                         detail::Message wrongShape) {
   detail::checkArray(param, name);
   if (param.getSize() != 3) {
-    detail::throwPrefixed(name, complaint);
+    detail::fail(wrongShape, name);
   }
 }
 
@@ -36,7 +35,7 @@ int forcedType(int type) {
     return type;
   }
   if (detail::warningsEnabled()) {
-    detail::warn(kKeyFunction, kForcedTypeWarning);
+    detail::warn(kKeyFunction, detail::forcedInterpolationTypeWarning());
   }
   return KR::Math::Interpolation::BEZIER_AUTO;
 }
@@ -102,18 +101,12 @@ bool computeAutoKeys(const std::vector<float>& times, const KR::KRValue& value, 
 void extractKeyFromKRValue(const KR::KRValue& value, const std::string& name, Key& key) {
   detail::checkArray(value, name);
   if (value.getSize() != 3) {
-    detail::throwPrefixed(name, " Malformed Control Point: Invalid, not Array or not of length 3.");
+    detail::fail(detail::Message::ControlPointShape, name);
   }
-  checkParameterShape(value[1], name,
-                      " Malformed Control Point First Interpolation Param: Invalid, not Array or "
-                      "not of length 3. Expected Key of form [float, [int, float, float]].");
-  checkParameterShape(value[2], name,
-                      " Malformed Control Point Second Interpolation Param: Invalid, not Array "
-                      "or not of length 3. Expected Key of form [float, [int, float, float]].");
+  checkParameterShape(value[1], name, detail::Message::ControlPointFirstParameter);
+  checkParameterShape(value[2], name, detail::Message::ControlPointSecondParameter);
   if (!detail::isNumber(value[0]) || !isParameter(value[1]) || !isParameter(value[2])) {
-    detail::throwPrefixed(name,
-                          " Incorrect argument types within well formed control point. Should be "
-                          "[float,[int,float,float],[int,float,float]]");
+    detail::fail(detail::Message::ControlPointTypes, name);
   }
   // Every check has passed: only now is `key` written.
   key.value = static_cast<float>(value[0]);

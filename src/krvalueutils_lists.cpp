@@ -9,40 +9,9 @@
 
 #include "krvalueutils_internal.h"
 
-#include <sstream>
-#include <stdexcept>
-
 namespace KR {
 namespace ValueUtils {
 namespace {
-
-// Messages of the bool reader: the argument name, a blank, then a complaint
-// beginning with ": ", so a blank stands before the colon.
-const char* const kBoolInvalid = ": Expected a bool or vector of bool but found an invalid KRValue";
-// "found an invalid" is the reader's established wording even for a valid
-// value of the wrong kind.
-const char* const kBoolWrongKind =
-    ": Expected a bool, int, float or array but found an invalid KRValue";
-
-// Messages of the map reader: the argument name directly followed by the
-// complaint.
-const char* const kMapInvalid = " KRValue is invalid";
-const char* const kMapNotArray = " KRValue is not valid: it should be an array.";
-
-[[noreturn]] void throwSeparated(const std::string& name, const char* complaint) {
-  throw std::runtime_error(name + " " + complaint);
-}
-
-
-// The entry message says "length 2 arrays" even when entries are read as
-// [key, skipped, value]; callers match on this text, line feed included.
-[[noreturn]] void throwMalformedEntry(const std::string& name) {
-  std::ostringstream text;
-  text.flags(text.flags() | std::ios::showpos | std::ios::showpoint | std::ios::left);
-  text << name << " KRValue is not valid. It should be an array of length 2 arrays, "
-       << "the first element being an std::string." << '\n';
-  throw std::runtime_error(text.str());
-}
 
 // Reads a non-empty array of numbers, or a single number, into `floats`. The
 // list is sized before any element is read, so after a failure it keeps its
@@ -175,7 +144,7 @@ void extractVectorBoolsFromKRValue(const KR::KRValue& value, unsigned int count,
                                    const std::string& name, std::vector<bool>& bools) {
   bools.clear();
   if (!value.isValid()) {
-    throwSeparated(name, kBoolInvalid);
+    detail::fail(detail::Message::BoolsInvalid, name);
   }
   // One bool stands for `count` of them (a caller passes the length of a list
   // the bools go with).
@@ -184,7 +153,7 @@ void extractVectorBoolsFromKRValue(const KR::KRValue& value, unsigned int count,
     return;
   }
   if (!value.isArray()) {
-    throwSeparated(name, kBoolWrongKind);
+    detail::fail(detail::Message::BoolsWrongKind, name);
   }
   // Elements that are not a bool or a number are skipped, never a failure.
   const unsigned int size = value.getSize();
@@ -202,10 +171,10 @@ void extractKeyValueMapFromKRValue(const KR::KRValue& value, const std::string& 
                                    std::map<std::string, KR::KRValue>& map) {
   map.clear();
   if (!value.isValid()) {
-    detail::throwBare(name, kMapInvalid);
+    detail::fail(detail::Message::MapInvalid, name);
   }
   if (!value.isArray()) {
-    detail::throwBare(name, kMapNotArray);
+    detail::fail(detail::Message::MapNotAnArray, name);
   }
   // With skipSecondElement an entry is [key, anything, value, ...]: element 1
   // is never looked at.
@@ -216,7 +185,7 @@ void extractKeyValueMapFromKRValue(const KR::KRValue& value, const std::string& 
     const KR::KRValue& entry = value[static_cast<int>(i)];
     // Entries inserted so far stay in the map when a later one is malformed.
     if (!isWellFormedEntry(entry, leastSize, valuePosition)) {
-      throwMalformedEntry(name);
+      detail::fail(detail::Message::MapMalformedEntry, name);
     }
     // The first entry with a given key wins; try_emplace copies nothing for a
     // key already present.

@@ -30,8 +30,7 @@ void decodeMotionConfig(const KR::KRValue& value, const KR::KRValue& name, KR::K
   // name is turned into text only when the warning is actually written, so a
   // non-string name fails here only then.
   if (detail::warningsEnabled()) {
-    detail::warn("decodeMotionConfig",
-                 "Config: " + static_cast<const std::string&>(name) + " invalid value.");
+    detail::warn("decodeMotionConfig", detail::invalidConfigWarning(name));
   }
 }
 

@@ -27,14 +27,7 @@ using KR::Math::Trajectory::Path2DBuilder;
 using KR::Math::Trajectory::PathFactory;
 using KR::Math::Trajectory::TrajectoryFactory;
 
-// Messages, appended to the caller's name as they stand.
-const char* const kWrongDirectFormat = " Wrong DirectPath2D type format";
-const char* const kWrongFormat = " Wrong Path2D type format";
-const char* const kInvalidLine = "Invalid Path2DStraightLine KRValue";
-const char* const kInvalidCircle = "Invalid Path2DArcOfCircle KRValue";
-const char* const kInvalidFlat = "Invalid Path2DFlat KRValue";
-const char* const kUnknownDirect = " Unknown DirectPath2D type";
-const char* const kEmptyComposed = " Empty Composed Path2D";
+using detail::Message;
 
 const char* const kComposed = "Composed";
 
@@ -77,14 +70,14 @@ bool isComposed(const KR::KRValue& value) { return typeWord(value) == kComposed;
 DirectPath readDirectPath(const KR::KRValue& value, const std::string& name) {
   detail::checkArray(value, name);
   if (!value[0].isString()) {
-    detail::throwBare(name, kWrongDirectFormat);
+    detail::fail(Message::WrongDirectPathFormat, name);
   }
   const std::string& word = typeWord(value);
   const unsigned int size = value.getSize();
   DirectPath path;
   if (word == "Line") {
     if (size != 2) {
-      detail::throwBare(name, kInvalidLine);
+      detail::fail(Message::InvalidLine, name);
     }
     path.kind = DirectKind::Line;
     path.p1 = readPosition(value[1], name);
@@ -92,7 +85,7 @@ DirectPath readDirectPath(const KR::KRValue& value, const std::string& name) {
   }
   if (word == "Circle") {
     if (size != 3) {
-      detail::throwBare(name, kInvalidCircle);
+      detail::fail(Message::InvalidCircle, name);
     }
     path.kind = DirectKind::Circle;
     path.p1 = readPosition(value[1], name);
@@ -101,7 +94,7 @@ DirectPath readDirectPath(const KR::KRValue& value, const std::string& name) {
   }
   if (word == "Flat") {
     if (size != 6) {
-      detail::throwBare(name, kInvalidFlat);
+      detail::fail(Message::InvalidFlat, name);
     }
     path.kind = DirectKind::Flat;
     path.p1 = readPosition(value[1], name);
@@ -111,7 +104,7 @@ DirectPath readDirectPath(const KR::KRValue& value, const std::string& name) {
     path.f5 = readFloat(value[5], name);
     return path;
   }
-  detail::throwBare(name, kUnknownDirect);
+  detail::fail(Message::UnknownDirectPath, name);
 }
 
 DirectPath2DBuilder makeBuilder(const PathFactory& factory, const DirectPath& path) {
@@ -144,7 +137,7 @@ void addTo(TrajectoryFactory& factory, const DirectPath& path) {
 void checkGeneralPath(const KR::KRValue& value, const std::string& name) {
   detail::checkArray(value, name);
   if (!value[0].isString()) {
-    detail::throwBare(name, kWrongFormat);
+    detail::fail(Message::WrongPathFormat, name);
   }
 }
 
@@ -191,7 +184,7 @@ void extractPath2DIntoTrajectoryFactory(const KR::KRValue& value, const std::str
     return;
   }
   if (value.getSize() == 1) {
-    detail::throwBare(name, kEmptyComposed);
+    detail::fail(Message::EmptyComposedPath, name);
   }
   // Each piece goes in as soon as it is read; a failing piece leaves the
   // earlier ones in the factory.

@@ -9,7 +9,6 @@
 #include "krvalueutils_internal.h"
 
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,10 +20,10 @@ namespace {
 // The second element is one mode name for every name. "Custom" needs angles,
 // which this form cannot carry.
 void readSingleMode(const KR::KRValue& second, const std::string& name, KR::RestRequest& request) {
-  const std::string modeName = static_cast<const std::string&>(second);
+  const std::string& modeName = static_cast<const std::string&>(second);
   const KR::REST_REFLEX_MODE mode = KR::stringToRestReflexMode(modeName);
   if (mode == KR::CUSTOM) {
-    throw std::runtime_error(name + " unsupported mode: " + modeName);
+    detail::failUnsupportedRestMode(name, modeName);
   }
   for (const std::string& n : request.names) {
     request.reflexModes[n] = mode;
@@ -68,7 +67,7 @@ void readSecond(const KR::KRValue& second, const std::string& name, KR::RestRequ
     return;
   }
   if (!second.isArray()) {
-    throw std::runtime_error(name + " KRValue should be a string or a vector of angles.");
+    detail::fail(detail::Message::RestSecondNotStringOrArray, name);
   }
   detail::checkArray(second, name);
   if (second[0].isFloat()) {
@@ -76,9 +75,7 @@ void readSecond(const KR::KRValue& second, const std::string& name, KR::RestRequ
     return;
   }
   if (!second[0].isString()) {
-    // The one message of this reader without the argument name.
-    throw std::runtime_error(
-        "KRValue should be a string, a vector of floats or a vector of strings.");
+    detail::fail(detail::Message::RestSecondElementKind, name);
   }
   readModeNames(second, request);
 }
@@ -89,7 +86,7 @@ KR::RestRequest readRequest(const KR::KRValue& element, const std::string& name)
   detail::checkArray(element, name);
   // Two elements are enough, whatever the message says.
   if (element.getSize() < 2) {
-    throw std::runtime_error(name + " KRValue size should be superior to 2.");
+    detail::fail(detail::Message::RestRequestTooShort, name);
   }
   detail::checkArray(element[0], name);
   KR::RestRequest request;

@@ -9,7 +9,6 @@
 #include <zu/os.h>
 
 #include <cstdint>
-#include <sstream>
 
 namespace KR {
 namespace ValueUtils {
@@ -17,15 +16,6 @@ namespace {
 
 const std::string kAxisField = "axis";
 const std::string kFrameField = "frame";
-
-// Numbers in warnings carry a sign and a decimal point: +1.50000, -0.300000.
-void composeClipWarning(std::ostringstream& text, float before, float after, float min,
-                        float max, const std::string& name, const std::string& fieldName) {
-  text.flags(text.flags() | std::ios::showpos | std::ios::showpoint | std::ios::left);
-  text << "KRMotion " << name << ": " << fieldName << " value " << double(before)
-       << " is clipped to: " << double(after) << " because it must be in range ["
-       << double(min) << " <-> " << double(max) << "]";
-}
 
 // The list readers of masks and frames: a single number is a list of one,
 // otherwise every element of a non-empty array is read in order into a list
@@ -58,9 +48,7 @@ void clipAndWarn(float min, float max, float& data, const std::string& name,
   if (!detail::warningsEnabled()) {
     return;
   }
-  std::ostringstream text;
-  composeClipWarning(text, before, data, min, max, name, fieldName);
-  detail::warn("clipAndWarn", text.str());
+  detail::warn("clipAndWarn", detail::clipWarning(before, data, min, max, name, fieldName));
 }
 
 float extractFloatAndClip(const KR::KRValue& value, const float& min, const float& max,
@@ -88,7 +76,7 @@ void extractAxisMaskFromKRValue(const KR::KRValue& value, const std::string& nam
                                 std::bitset<6>& mask) {
   const int i = detail::readInt(value, name, kAxisField);
   if (!KR::Math::isAxisMask(i)) {
-    detail::throwPrefixed(name, " Expected an axis mask.");
+    detail::fail(detail::Message::NotAnAxisMask, name);
   }
   mask = std::bitset<6>(static_cast<unsigned long>(static_cast<unsigned int>(i)));
 }
@@ -97,7 +85,7 @@ void extractFrameFromKRValue(const KR::KRValue& value, const std::string& name,
                              KR::Math::FRAME& frame) {
   const int i = detail::readInt(value, name, kFrameField);
   if (!KR::Math::isFrame(i)) {
-    detail::throwPrefixed(name, " Expected a frame.");
+    detail::fail(detail::Message::NotAFrame, name);
   }
   frame = static_cast<KR::Math::FRAME>(i);
 }

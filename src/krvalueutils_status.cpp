@@ -7,7 +7,6 @@
 
 #include <map>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,7 +38,7 @@ void readLevelAndNames(const KR::KRValue& value, const std::string& name, int& l
 
 void checkAtLeastTwo(const KR::KRValue& value, const std::string& name) {
   if (value.getSize() < 2) {
-    throw std::runtime_error(name + ": Invalid KRValue size.");
+    detail::fail(detail::Message::StatusTooShort, name);
   }
 }
 
@@ -80,7 +79,7 @@ void readTouch(const KR::KRValue& value, const std::string& name, Map& touch) {
   for (unsigned int i = 0; i < value.getSize(); ++i) {
     const KR::KRValue& entry = value[static_cast<int>(i)];
     if (!isTouchEntry(entry)) {
-      throw std::runtime_error(name + " Your collection of Touch was invalid.");
+      detail::fail(detail::Message::TouchInvalid, name);
     }
     insertTouch(entry, touch);
   }
@@ -167,8 +166,7 @@ void extractNavigationFromKRValue(const KR::KRValue& value, const std::string& n
     const KR::KRValue& entry = value[static_cast<int>(i)];
     detail::checkArray(entry, name);
     if (entry.getSize() != 3) {
-      // No blank after the name: it runs straight into "Your".
-      throw std::runtime_error(name + "Your collection of Navigation Position2D was invalid.");
+      detail::fail(detail::Message::NavigationInvalid, name);
     }
     // Read into a local list so that a bad entry adds none of its positions.
     std::vector<KR::Math::Position2D> list;
@@ -181,7 +179,7 @@ void extractMetricalDataFromKRValue(const KR::KRValue& value, const std::string&
                                     KR::Math::MetricalData& data) {
   detail::checkArray(value, name);
   if (!hasMetricalDataShape(value)) {
-    throw std::runtime_error(name + " Wrong input MetricalData type format");
+    detail::fail(detail::Message::MetricalDataFormat, name);
   }
   data.label1 = stringOf(value[0]);
   data.label2 = stringOf(value[1]);

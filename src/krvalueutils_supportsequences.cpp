@@ -33,10 +33,10 @@ bool repeatsEarlierName(const std::vector<KR::Math::SupportSequence>& sequences,
 void extractSupportSequenceFromKRValue(const KR::KRValue& value, const std::string& name,
                                        KR::Math::SupportSequence& sequence) {
   if (!value.isValid() || !value.isArray() || value.getSize() != 3) {
-    detail::throwPrefixed(name, " Expected an KRValue of size 3.");
+    detail::fail(detail::Message::SupportSequenceSize, name);
   }
   if (!value[0].isString()) {
-    detail::throwPrefixed(name, " Expected a string as first element.");
+    detail::fail(detail::Message::SupportSequenceName, name);
   }
   // [name, [], []] is the empty sequence; the list readers would reject an
   // empty float list, so they are not asked.
@@ -58,7 +58,7 @@ void extractVectorSupportSequenceFromKRValue(const KR::KRValue& value, const std
                                              std::vector<KR::Math::SupportSequence>& sequences) {
   sequences.clear();
   if (!value.isArray()) {
-    detail::throwPrefixed(name, " SupportSequence KRValue is not an array");
+    detail::fail(detail::Message::SupportSequencesNotAnArray, name);
   }
   // Sized first: after a failure the sequences not yet read are default.
   const unsigned int size = value.getSize();
@@ -68,7 +68,7 @@ void extractVectorSupportSequenceFromKRValue(const KR::KRValue& value, const std
   for (unsigned int i = 0; i < size; ++i) {
     extractSupportSequenceFromKRValue(value[static_cast<int>(i)], name, sequences[i]);
     if (repeatsEarlierName(sequences, i)) {
-      detail::throwPrefixed(name, " At least two support sequences containt the same name.");
+      detail::fail(detail::Message::SupportSequencesSameName, name);
     }
   }
 }

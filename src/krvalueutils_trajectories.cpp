@@ -28,15 +28,7 @@ using KR::Math::Trajectory::TrajectoryFactory;
 using KR::Math::Trajectory::TrajectoryPose2DBuilder;
 using KR::Math::Trajectory::TrajectoryPose2DComposedBuilder;
 
-// Messages, appended to the caller's name as they stand. The direct
-// trajectory's first check keeps the path readers' wording, and both direct
-// kinds share the holonomic size message.
-const char* const kWrongDirectFormat = " Wrong Path2D type format";
-const char* const kInvalidSize = "Invalid HolonomicTrajectoryPose2D KRValue";
-const char* const kUnknownDirect = " Unknown DirectTrajectoryPose2D type";
-const char* const kWrongComposedFormat = " Wrong TrajectoryPose2DComposed format";
-const char* const kEmptyComposed = " Empty Composed TrajectoryPose2D";
-const char* const kWrongFormat = " Wrong TrajectoryPose2D type format";
+using detail::Message;
 
 const char* const kComposed = "Composed";
 
@@ -82,22 +74,22 @@ void extractDirectTrajectoryPose2DBuilderFromKRValue(const KR::KRValue& value,
                                                      DirectTrajectoryPose2DBuilder& builder) {
   detail::checkArray(value, name);
   if (!value[0].isString()) {
-    detail::throwBare(name, kWrongDirectFormat);
+    detail::fail(Message::WrongPathFormat, name);
   }
   const std::string& word = static_cast<const std::string&>(value[0]);
   DirectTrajectoryPose2DBuilder made;
   if (word == "Holonomic") {
     if (value.getSize() != 4) {
-      detail::throwBare(name, kInvalidSize);
+      detail::fail(Message::InvalidDirectTrajectorySize, name);
     }
     made = readHolonomic(value, name, period, firstLimits, secondLimits, factoryParameter);
   } else if (word == "NonHolonomic") {
     if (value.getSize() != 3) {
-      detail::throwBare(name, kInvalidSize);
+      detail::fail(Message::InvalidDirectTrajectorySize, name);
     }
     made = readNonHolonomic(value, name, period, firstLimits, secondLimits, factoryParameter);
   } else {
-    detail::throwBare(name, kUnknownDirect);
+    detail::fail(Message::UnknownDirectTrajectory, name);
   }
   builder.swap(made);
 }
@@ -111,10 +103,10 @@ void extractTrajectoryPose2DComposedBuilderFromKRValue(const KR::KRValue& value,
                                                        TrajectoryPose2DComposedBuilder& builder) {
   detail::checkArray(value, name);
   if (!value[0].isString() || static_cast<const std::string&>(value[0]) != kComposed) {
-    detail::throwBare(name, kWrongComposedFormat);
+    detail::fail(Message::WrongComposedTrajectoryFormat, name);
   }
   if (value.getSize() == 1) {
-    detail::throwBare(name, kEmptyComposed);
+    detail::fail(Message::EmptyComposedTrajectory, name);
   }
   // A failing element releases the builders of the ones before it with the
   // list; the caller's builder is not touched.
@@ -136,7 +128,7 @@ void extractTrajectoryPose2DBuilderFromKRValue(const KR::KRValue& value, const s
                                                TrajectoryPose2DBuilder& builder) {
   detail::checkArray(value, name);
   if (!value[0].isString()) {
-    detail::throwBare(name, kWrongFormat);
+    detail::fail(Message::WrongTrajectoryFormat, name);
   }
   TrajectoryPose2DBuilder wrapped;
   if (static_cast<const std::string&>(value[0]) == kComposed) {

@@ -2,11 +2,12 @@
 #include <kr/restrequest.h>
 #include <kr/math/isnear.h>
 
+#include "krvalueutils_messages.h"
+
 #include <boost/algorithm/cxx14/is_permutation.hpp>
 
 #include <algorithm>
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 
 namespace KR {
@@ -59,7 +60,7 @@ std::string restReflexModeToString(REST_REFLEX_MODE mode) {
   if (number == SAFE) {
     return "Safe";
   }
-  throw std::runtime_error("Unknown REST_REFLEX_MODE: " + std::to_string(number));
+  ValueUtils::detail::failUnknownRestReflexMode(number);
 }
 
 REST_REFLEX_MODE stringToRestReflexMode(const std::string& name) {
@@ -72,9 +73,7 @@ REST_REFLEX_MODE stringToRestReflexMode(const std::string& name) {
   if (name == "Custom") {
     return CUSTOM;
   }
-  // An empty name leaves two blanks between "convert" and "to"; callers see
-  // the text as it is.
-  throw std::runtime_error("Cannot convert " + name + " to REST_REFLEX_MODE.");
+  ValueUtils::detail::failUnknownRestReflexModeName(name);
 }
 
 bool operator==(const RestRequest& a, const RestRequest& b) {
