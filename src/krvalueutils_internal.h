@@ -37,6 +37,17 @@ inline void checkArray(const KR::KRValue& value, const std::string& name) {
   fail(Message::NotAnArray, name);
 }
 
+/// Element 0 of a path or trajectory description, its type word. Throws
+/// checkArray's messages, then `wrongFormat` when element 0 is not a string.
+inline const std::string& readTypeWord(const KR::KRValue& value, const std::string& name,
+                                       Message wrongFormat) {
+  checkArray(value, name);
+  if (!value[0].isString()) {
+    fail(wrongFormat, name);
+  }
+  return static_cast<const std::string&>(value[0]);
+}
+
 inline float readFloat(const KR::KRValue& value, const std::string& name,
                        const std::string& fieldName) {
   if (value.isFloat()) {

@@ -13,13 +13,13 @@
 #include "krvalueutils_internal.h"
 
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace KR {
 namespace ValueUtils {
 namespace {
 
-using KR::Math::Pose2D;
 using KR::Math::Position2D;
 using KR::Math::Trajectory::DirectPath2DBuilder;
 using KR::Math::Trajectory::KRPath2D;
@@ -34,19 +34,26 @@ const char* const kComposed = "Composed";
 // The path factory's scale: descriptions are in meters.
 const float kScale = 1.0f;
 
-enum class DirectKind { Line, Circle, Flat };
-
-// One decoded direct path: its kind and the elements after the type word, in
-// array order (p1 is element 1, f2 element 2, ...). A line uses p1, a circle
-// p1 and f2, a flat path all five.
-struct DirectPath {
-  DirectKind kind;
-  Position2D p1;
-  float f2 = 0.0f;
-  Position2D p3;
-  Position2D p4;
-  float f5 = 0.0f;
+// The three kinds of direct path, each holding the elements after its type
+// word under the geometry library's names for them.
+struct Line {
+  Position2D end;
 };
+
+struct Circle {
+  Position2D centre;
+  float angle;
+};
+
+struct Flat {
+  Position2D firstCentre;
+  float firstAngle;
+  Position2D straightEnd;
+  Position2D secondCentre;
+  float secondAngle;
+};
+
+using DirectPath = std::variant<Line, Circle, Flat>;
 
 Position2D readPosition(const KR::KRValue& element, const std::string& name) {
   Position2D position;
@@ -58,87 +65,65 @@ float readFloat(const KR::KRValue& element, const std::string& name) {
   return detail::readFloat(element, name, detail::kKRValueField);
 }
 
-// Element 0 as a string, which the caller has checked it is.
-const std::string& typeWord(const KR::KRValue& value) {
-  return static_cast<const std::string&>(value[0]);
+void checkSize(const KR::KRValue& value, unsigned int size, Message wrongSize,
+               const std::string& name) {
+  if (value.getSize() != size) {
+    detail::fail(wrongSize, name);
+  }
 }
 
-bool isComposed(const KR::KRValue& value) { return typeWord(value) == kComposed; }
-
 // Decodes one direct path: the array check, the type word, the size for the
-// kind (before any element is read), then the elements in array order.
+// kind (before any element is read), then the elements in array order (the
+// initialisers of a braced list are evaluated in order).
 DirectPath readDirectPath(const KR::KRValue& value, const std::string& name) {
-  detail::checkArray(value, name);
-  if (!value[0].isString()) {
-    detail::fail(Message::WrongDirectPathFormat, name);
-  }
-  const std::string& word = typeWord(value);
-  const unsigned int size = value.getSize();
-  DirectPath path;
+  const std::string& word = detail::readTypeWord(value, name, Message::WrongDirectPathFormat);
   if (word == "Line") {
-    if (size != 2) {
-      detail::fail(Message::InvalidLine, name);
-    }
-    path.kind = DirectKind::Line;
-    path.p1 = readPosition(value[1], name);
-    return path;
+    checkSize(value, 2, Message::InvalidLine, name);
+    return Line{readPosition(value[1], name)};
   }
   if (word == "Circle") {
-    if (size != 3) {
-      detail::fail(Message::InvalidCircle, name);
-    }
-    path.kind = DirectKind::Circle;
-    path.p1 = readPosition(value[1], name);
-    path.f2 = readFloat(value[2], name);
-    return path;
+    checkSize(value, 3, Message::InvalidCircle, name);
+    return Circle{readPosition(value[1], name), readFloat(value[2], name)};
   }
   if (word == "Flat") {
-    if (size != 6) {
-      detail::fail(Message::InvalidFlat, name);
-    }
-    path.kind = DirectKind::Flat;
-    path.p1 = readPosition(value[1], name);
-    path.f2 = readFloat(value[2], name);
-    path.p3 = readPosition(value[3], name);
-    path.p4 = readPosition(value[4], name);
-    path.f5 = readFloat(value[5], name);
-    return path;
+    checkSize(value, 6, Message::InvalidFlat, name);
+    return Flat{readPosition(value[1], name), readFloat(value[2], name),
+                readPosition(value[3], name), readPosition(value[4], name),
+                readFloat(value[5], name)};
   }
   detail::fail(Message::UnknownDirectPath, name);
 }
 
+DirectPath2DBuilder builderOf(const PathFactory& factory, const Line& line) {
+  return factory.lineBuilder(line.end);
+}
+
+DirectPath2DBuilder builderOf(const PathFactory& factory, const Circle& circle) {
+  return factory.circleBuilder(circle.centre, circle.angle);
+}
+
+DirectPath2DBuilder builderOf(const PathFactory& factory, const Flat& flat) {
+  return factory.flatPathBuilder(flat.firstCentre, flat.firstAngle, flat.straightEnd,
+                                 flat.secondCentre, flat.secondAngle);
+}
+
+void add(TrajectoryFactory& factory, const Line& line) { factory.addLine(line.end); }
+
+void add(TrajectoryFactory& factory, const Circle& circle) {
+  factory.addCircle(circle.centre, circle.angle);
+}
+
+void add(TrajectoryFactory& factory, const Flat& flat) {
+  factory.addFlat(flat.firstCentre, flat.firstAngle, flat.straightEnd, flat.secondCentre,
+                  flat.secondAngle);
+}
+
 DirectPath2DBuilder makeBuilder(const PathFactory& factory, const DirectPath& path) {
-  switch (path.kind) {
-    case DirectKind::Line:
-      return factory.lineBuilder(path.p1);
-    case DirectKind::Circle:
-      return factory.circleBuilder(path.p1, path.f2);
-    case DirectKind::Flat:
-      break;
-  }
-  return factory.flatPathBuilder(path.p1, path.f2, path.p3, path.p4, path.f5);
+  return std::visit([&factory](const auto& piece) { return builderOf(factory, piece); }, path);
 }
 
 void addTo(TrajectoryFactory& factory, const DirectPath& path) {
-  switch (path.kind) {
-    case DirectKind::Line:
-      factory.addLine(path.p1);
-      return;
-    case DirectKind::Circle:
-      factory.addCircle(path.p1, path.f2);
-      return;
-    case DirectKind::Flat:
-      break;
-  }
-  factory.addFlat(path.p1, path.f2, path.p3, path.p4, path.f5);
-}
-
-// The checks the two general functions make before choosing a kind.
-void checkGeneralPath(const KR::KRValue& value, const std::string& name) {
-  detail::checkArray(value, name);
-  if (!value[0].isString()) {
-    detail::fail(Message::WrongPathFormat, name);
-  }
+  std::visit([&factory](const auto& piece) { add(factory, piece); }, path);
 }
 
 }  // namespace
@@ -153,8 +138,7 @@ void extractDirectPath2DBuilderFromKRValue(const KR::KRValue& value, const std::
 
 void extractPath2DBuilderFromKRValue(const KR::KRValue& value, const std::string& name,
                                      Path2DBuilder& builder) {
-  checkGeneralPath(value, name);
-  if (!isComposed(value)) {
+  if (detail::readTypeWord(value, name, Message::WrongPathFormat) != kComposed) {
     DirectPath2DBuilder direct;
     extractDirectPath2DBuilderFromKRValue(value, name, direct);
     Path2DBuilder wrapped = detail::upcastBuilder<KRPath2D>(direct);
@@ -178,8 +162,7 @@ void extractDirectPath2DIntoTrajectoryFactory(const KR::KRValue& value, const st
 
 void extractPath2DIntoTrajectoryFactory(const KR::KRValue& value, const std::string& name,
                                         TrajectoryFactory& factory) {
-  checkGeneralPath(value, name);
-  if (!isComposed(value)) {
+  if (detail::readTypeWord(value, name, Message::WrongPathFormat) != kComposed) {
     extractDirectPath2DIntoTrajectoryFactory(value, name, factory);
     return;
   }

@@ -32,6 +32,14 @@ using detail::Message;
 
 const char* const kComposed = "Composed";
 
+// The caller's settings, the same for every factory a description makes.
+struct Settings {
+  RationalSeconds period;
+  Limits firstLimits;
+  Limits secondLimits;
+  float factoryParameter;
+};
+
 // Element `index` read as a number of seconds, rounded to the period.
 RationalSeconds readSeconds(const KR::KRValue& value, int index, const std::string& name,
                             const RationalSeconds& period) {
@@ -41,26 +49,68 @@ RationalSeconds readSeconds(const KR::KRValue& value, int index, const std::stri
 
 // ["Holonomic", path, rotation, seconds], its size already checked.
 DirectTrajectoryPose2DBuilder readHolonomic(const KR::KRValue& value, const std::string& name,
-                                            const RationalSeconds& period,
-                                            const Limits& firstLimits,
-                                            const Limits& secondLimits, float factoryParameter) {
-  HolonomicTrajectoryFactory factory(firstLimits, secondLimits, period, factoryParameter);
+                                            const Settings& settings) {
+  HolonomicTrajectoryFactory factory(settings.firstLimits, settings.secondLimits,
+                                     settings.period, settings.factoryParameter);
   extractPath2DIntoTrajectoryFactory(value[1], name, factory);
   const float rotation = detail::readFloat(value[2], name, detail::kKRValueField);
-  const RationalSeconds duration = readSeconds(value, 3, name, period);
+  const RationalSeconds duration = readSeconds(value, 3, name, settings.period);
   return detail::upcastBuilder<KRDirectTrajectoryPose2D>(
       factory.getTrajectoryBuilder(rotation, duration));
 }
 
 // ["NonHolonomic", path, seconds], its size already checked.
 DirectTrajectoryPose2DBuilder readNonHolonomic(const KR::KRValue& value, const std::string& name,
-                                               const RationalSeconds& period,
-                                               const Limits& firstLimits,
-                                               const Limits& secondLimits,
-                                               float factoryParameter) {
-  NonHolonomicTrajectoryFactory factory(firstLimits, secondLimits, period, factoryParameter);
+                                               const Settings& settings) {
+  NonHolonomicTrajectoryFactory factory(settings.firstLimits, settings.secondLimits,
+                                        settings.period, settings.factoryParameter);
   extractPath2DIntoTrajectoryFactory(value[1], name, factory);
-  return factory.getTrajectoryBuilder(readSeconds(value, 2, name, period));
+  return factory.getTrajectoryBuilder(readSeconds(value, 2, name, settings.period));
+}
+
+void checkSize(const KR::KRValue& value, unsigned int size, const std::string& name) {
+  if (value.getSize() != size) {
+    detail::fail(Message::InvalidDirectTrajectorySize, name);
+  }
+}
+
+DirectTrajectoryPose2DBuilder readDirect(const KR::KRValue& value, const std::string& name,
+                                         const Settings& settings) {
+  const std::string& word = detail::readTypeWord(value, name, Message::WrongPathFormat);
+  if (word == "Holonomic") {
+    checkSize(value, 4, name);
+    return readHolonomic(value, name, settings);
+  }
+  if (word == "NonHolonomic") {
+    checkSize(value, 3, name);
+    return readNonHolonomic(value, name, settings);
+  }
+  detail::fail(Message::UnknownDirectTrajectory, name);
+}
+
+TrajectoryPose2DComposedBuilder readComposed(const KR::KRValue& value, const std::string& name,
+                                             const Settings& settings) {
+  if (detail::readTypeWord(value, name, Message::WrongComposedTrajectoryFormat) != kComposed) {
+    detail::fail(Message::WrongComposedTrajectoryFormat, name);
+  }
+  if (value.getSize() == 1) {
+    detail::fail(Message::EmptyComposedTrajectory, name);
+  }
+  // A failing element releases the builders of the ones before it with the
+  // list.
+  std::vector<DirectTrajectoryPose2DBuilder> pieces(value.getSize() - 1);
+  for (unsigned int i = 1; i < value.getSize(); ++i) {
+    pieces[i - 1] = readDirect(value[static_cast<int>(i)], name, settings);
+  }
+  return TrajectoryFactory::getComposedTrajectoryBuilder(pieces);
+}
+
+TrajectoryPose2DBuilder readTrajectory(const KR::KRValue& value, const std::string& name,
+                                       const Settings& settings) {
+  if (detail::readTypeWord(value, name, Message::WrongTrajectoryFormat) == kComposed) {
+    return detail::upcastBuilder<KRTrajectoryPose2D>(readComposed(value, name, settings));
+  }
+  return detail::upcastBuilder<KRTrajectoryPose2D>(readDirect(value, name, settings));
 }
 
 }  // namespace
@@ -72,25 +122,8 @@ void extractDirectTrajectoryPose2DBuilderFromKRValue(const KR::KRValue& value,
                                                      const Limits& secondLimits,
                                                      float factoryParameter,
                                                      DirectTrajectoryPose2DBuilder& builder) {
-  detail::checkArray(value, name);
-  if (!value[0].isString()) {
-    detail::fail(Message::WrongPathFormat, name);
-  }
-  const std::string& word = static_cast<const std::string&>(value[0]);
-  DirectTrajectoryPose2DBuilder made;
-  if (word == "Holonomic") {
-    if (value.getSize() != 4) {
-      detail::fail(Message::InvalidDirectTrajectorySize, name);
-    }
-    made = readHolonomic(value, name, period, firstLimits, secondLimits, factoryParameter);
-  } else if (word == "NonHolonomic") {
-    if (value.getSize() != 3) {
-      detail::fail(Message::InvalidDirectTrajectorySize, name);
-    }
-    made = readNonHolonomic(value, name, period, firstLimits, secondLimits, factoryParameter);
-  } else {
-    detail::fail(Message::UnknownDirectTrajectory, name);
-  }
+  DirectTrajectoryPose2DBuilder made =
+      readDirect(value, name, {period, firstLimits, secondLimits, factoryParameter});
   builder.swap(made);
 }
 
@@ -101,22 +134,8 @@ void extractTrajectoryPose2DComposedBuilderFromKRValue(const KR::KRValue& value,
                                                        const Limits& secondLimits,
                                                        float factoryParameter,
                                                        TrajectoryPose2DComposedBuilder& builder) {
-  detail::checkArray(value, name);
-  if (!value[0].isString() || static_cast<const std::string&>(value[0]) != kComposed) {
-    detail::fail(Message::WrongComposedTrajectoryFormat, name);
-  }
-  if (value.getSize() == 1) {
-    detail::fail(Message::EmptyComposedTrajectory, name);
-  }
-  // A failing element releases the builders of the ones before it with the
-  // list; the caller's builder is not touched.
-  std::vector<DirectTrajectoryPose2DBuilder> pieces(value.getSize() - 1);
-  for (unsigned int i = 1; i < value.getSize(); ++i) {
-    extractDirectTrajectoryPose2DBuilderFromKRValue(value[static_cast<int>(i)], name, period,
-                                                    firstLimits, secondLimits, factoryParameter,
-                                                    pieces[i - 1]);
-  }
-  TrajectoryPose2DComposedBuilder made = TrajectoryFactory::getComposedTrajectoryBuilder(pieces);
+  TrajectoryPose2DComposedBuilder made =
+      readComposed(value, name, {period, firstLimits, secondLimits, factoryParameter});
   builder.swap(made);
 }
 
@@ -126,23 +145,9 @@ void extractTrajectoryPose2DBuilderFromKRValue(const KR::KRValue& value, const s
                                                const Limits& secondLimits,
                                                float factoryParameter,
                                                TrajectoryPose2DBuilder& builder) {
-  detail::checkArray(value, name);
-  if (!value[0].isString()) {
-    detail::fail(Message::WrongTrajectoryFormat, name);
-  }
-  TrajectoryPose2DBuilder wrapped;
-  if (static_cast<const std::string&>(value[0]) == kComposed) {
-    TrajectoryPose2DComposedBuilder composed;
-    extractTrajectoryPose2DComposedBuilderFromKRValue(value, name, period, firstLimits,
-                                                      secondLimits, factoryParameter, composed);
-    wrapped = detail::upcastBuilder<KRTrajectoryPose2D>(composed);
-  } else {
-    DirectTrajectoryPose2DBuilder direct;
-    extractDirectTrajectoryPose2DBuilderFromKRValue(value, name, period, firstLimits,
-                                                    secondLimits, factoryParameter, direct);
-    wrapped = detail::upcastBuilder<KRTrajectoryPose2D>(direct);
-  }
-  builder.swap(wrapped);
+  TrajectoryPose2DBuilder made =
+      readTrajectory(value, name, {period, firstLimits, secondLimits, factoryParameter});
+  builder.swap(made);
 }
 
 }  // namespace ValueUtils
