@@ -1,6 +1,5 @@
 // Load-time set-up of the library and its warnings.
 #include <kr/diagnosislogdirectory.h>
-#include <kr/krvalueutils.h>
 
 #include "krvalueutils_internal.h"
 

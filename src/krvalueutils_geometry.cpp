@@ -1,9 +1,12 @@
 // The single-record geometry readers: planar and spatial positions, poses and
 // transforms from positional value arrays.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/geometry.h>
 
 #include "krvalueutils_geometry_internal.h"
 #include "krvalueutils_internal.h"
+
+#include <string>
+#include <vector>
 
 namespace KR {
 namespace ValueUtils {

@@ -1,9 +1,12 @@
 // Geometry lists: one record or a list of records in the same argument, and
 // for Position6D and Transform also a list of groups of records.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/geometrylists.h>
 
 #include "krvalueutils_geometry_internal.h"
 #include "krvalueutils_internal.h"
+
+#include <string>
+#include <vector>
 
 namespace KR {
 namespace ValueUtils {

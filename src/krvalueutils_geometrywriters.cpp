@@ -5,9 +5,11 @@
 // extractKRValueFrom... writers clear `out` and push, so nothing pushed leaves
 // it invalid; the create... writers size `out` first, so an empty input gives
 // an empty array.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/geometrywriters.h>
 
+#include <cstddef>
 #include <utility>
+#include <vector>
 
 namespace KR {
 namespace ValueUtils {

@@ -1,10 +1,13 @@
 // Interpolation keys and control-point lists.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/keys.h>
 #include <kr/math/bezierautokey.h>
 
 #include "krvalueutils_internal.h"
 
 #include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace KR {
 namespace ValueUtils {

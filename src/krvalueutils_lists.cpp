@@ -5,9 +5,13 @@
 // stands for a list of one, the bool reader repeats a single bool and skips
 // array elements it cannot use, and the map reader stops at the first
 // malformed entry but keeps what it has inserted.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/lists.h>
 
 #include "krvalueutils_internal.h"
+
+#include <map>
+#include <string>
+#include <vector>
 
 namespace KR {
 namespace ValueUtils {

@@ -1,6 +1,6 @@
 // Motion configuration: one (name, value) pair at a time, normalised and
 // appended to the caller's list.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/motionconfig.h>
 
 #include "krvalueutils_internal.h"
 

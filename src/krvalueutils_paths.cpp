@@ -6,7 +6,10 @@
 // same order and report the same messages. Every element of a direct path is
 // read before the geometry library is asked for anything: a failure adds
 // nothing to a factory and leaves a builder as it was.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/paths.h>
+#include <kr/math/position2d.h>
+#include <kr/math/trajectory/pathfactory.h>
+#include <kr/math/trajectory/trajectoryfactory.h>
 
 #include "krvalueutils_builders_internal.h"
 #include "krvalueutils_geometry_internal.h"

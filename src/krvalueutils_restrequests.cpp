@@ -4,7 +4,9 @@
 // to rest: one mode name for all of them, a list of target angles, or a list
 // of mode names paired with the names by index. Written back, a request is
 // [names, modes] or, when it has angles, [names, angles].
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/restrequests.h>
+#include <kr/valueutils/lists.h>
+#include <kr/restrequest.h>
 
 #include "krvalueutils_internal.h"
 

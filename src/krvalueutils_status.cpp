@@ -1,6 +1,12 @@
 // Sensor and status records: temperature status, diagnosis, touch,
 // navigation and metrical data.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/status.h>
+#include <kr/valueutils/durations.h>
+#include <kr/valueutils/geometrylists.h>
+#include <kr/temperaturestatus.h>
+#include <kr/math/metricaldata.h>
+#include <kr/math/position2d.h>
+#include <kr/math/position3d.h>
 
 #include "krvalueutils_geometry_internal.h"
 #include "krvalueutils_internal.h"

@@ -1,6 +1,8 @@
 // Support sequences read from values: one sequence, or a list of sequences
 // with pairwise different names.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/supportsequences.h>
+#include <kr/valueutils/lists.h>
+#include <kr/math/supportsequence.h>
 
 #include "krvalueutils_internal.h"
 

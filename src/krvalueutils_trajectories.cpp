@@ -5,7 +5,11 @@
 // settings and destroyed before the call returns; the builders the factories
 // hand out do not refer to them. The caller's builder is written last, once
 // everything has decoded.
-#include <kr/krvalueutils.h>
+#include <kr/valueutils/trajectories.h>
+#include <kr/valueutils/paths.h>
+#include <kr/math/rationalseconds.h>
+#include <kr/math/trajectory/limits.h>
+#include <kr/math/trajectory/trajectoryfactory.h>
 
 #include "krvalueutils_builders_internal.h"
 #include "krvalueutils_internal.h"

@@ -1,14 +1,14 @@
-// Clipping, the shape check, and the readers of scalars, axis masks, frames
-// and durations.
-#include <kr/krvalueutils.h>
+// Clipping, the shape check, and the readers of scalars, axis masks and
+// frames.
+#include <kr/valueutils/scalars.h>
 #include <kr/math/axismask.h>
 #include <kr/math/clip.h>
 
 #include "krvalueutils_internal.h"
 
-#include <zu/os.h>
-
-#include <cstdint>
+#include <bitset>
+#include <string>
+#include <vector>
 
 namespace KR {
 namespace ValueUtils {
@@ -98,21 +98,6 @@ void extractVectorAxisMaskFromKRValue(const KR::KRValue& value, const std::strin
 void extractVectorFrameFromKRValue(const KR::KRValue& value, const std::string& name,
                                    std::vector<KR::Math::FRAME>& frames) {
   readList(value, name, frames, extractFrameFromKRValue);
-}
-
-boost::chrono::nanoseconds extractDuration(const KR::KRValue& seconds,
-                                           const KR::KRValue& microseconds,
-                                           const std::string& name) {
-  const int u = detail::readInt(microseconds, name, detail::kKRValueField);
-  const int s = detail::readInt(seconds, name, detail::kKRValueField);
-  return boost::chrono::nanoseconds((std::int64_t(s) * 1000000 + u) * 1000);
-}
-
-void convertDurationToKRValue(const boost::chrono::nanoseconds& duration, KR::KRValue& seconds,
-                              KR::KRValue& microseconds) {
-  const zu::os::timeval split(duration);
-  seconds = static_cast<int>(split.tv_sec);
-  microseconds = static_cast<int>(split.tv_usec);
 }
 
 }  // namespace ValueUtils
