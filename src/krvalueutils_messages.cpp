@@ -123,7 +123,8 @@ Entry entryOf(Message message) {
       return {Form::Bare, " KRValue should be a string or a vector of angles."};
     // The one message of the rest-request reader without the argument name.
     case Message::RestSecondElementKind:
-      return {Form::Alone, "KRValue should be a string, a vector of floats or a vector of strings."};
+      return {Form::Alone,
+              "KRValue should be a string, a vector of floats or a vector of strings."};
     case Message::StatusTooShort:
       return {Form::Bare, ": Invalid KRValue size."};
     case Message::TouchInvalid:
