@@ -4,20 +4,13 @@
 #include "krvalueutils_internal.h"
 
 #include <zu/log.h>
-#include <zu/os.h>
-
-#include <string>
 
 namespace KR {
-
-// Defined before the category below, so it is computed first at load.
-const std::string kDiagnosisLogDirectory = zu::os::home() + "/diagnosis/";
-
 namespace ValueUtils {
 namespace {
 
-// Registered at load, after kDiagnosisLogDirectory has been computed; only
-// read afterwards.
+// Registered at load, after kDiagnosisLogDirectory above has been computed;
+// only read afterwards.
 const zu::log::CategoryType gCategory = zu::log::addCategory("KRValueUtils");
 
 }  // namespace

@@ -1,14 +1,15 @@
 // Where diagnosis logs of the platform are kept.
 #pragma once
 
-#include <kr/krvalueutils_export.h>
+#include <zu/os.h>
 
 #include <string>
 
 namespace KR {
 
-/// The user's home directory followed by "/diagnosis/", computed once when
-/// the library is loaded.
-KRVALUEUTILS_API extern const std::string kDiagnosisLogDirectory;
+/// The user's home directory followed by "/diagnosis/". Each translation unit
+/// that includes this header has its own copy, computed when its library or
+/// program is loaded.
+static const std::string kDiagnosisLogDirectory = zu::os::home() + "/diagnosis/";
 
 }  // namespace KR
