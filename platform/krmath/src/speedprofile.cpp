@@ -50,7 +50,8 @@ struct Ramp {
     }
     for (int j = 0; j < steps; ++j) {
       if (speed2 <= u[j + 1]) {
-        return d[j] + (d[j + 1] - d[j]) * (speed2 - u[j]) / (u[j + 1] - u[j]);
+        const double width = u[j + 1] - u[j];
+        return width > 0.0 ? d[j] + (d[j + 1] - d[j]) * (speed2 - u[j]) / width : d[j + 1];
       }
     }
     return d[steps];
@@ -63,7 +64,8 @@ struct Ramp {
     }
     for (int j = 0; j < steps; ++j) {
       if (distance <= d[j + 1]) {
-        return u[j] + (u[j + 1] - u[j]) * (distance - d[j]) / (d[j + 1] - d[j]);
+        const double width = d[j + 1] - d[j];
+        return width > 0.0 ? u[j] + (u[j + 1] - u[j]) * (distance - d[j]) / width : u[j + 1];
       }
     }
     return u[steps];
@@ -90,7 +92,11 @@ Ramp makeRamp(const SpeedSpan& span, double acceleration, double low, double hig
   const double to = std::asin(std::min(1.0, high / full));
   ramp.steps = kCurveSteps;
   for (int j = 1; j <= kCurveSteps; ++j) {
-    ramp.u[j] = j == kCurveSteps ? high : full * std::sin(from + (to - from) * j / kCurveSteps);
+    // Kept in order against rounding, and ending exactly at `high`.
+    ramp.u[j] = j == kCurveSteps
+                    ? high
+                    : std::clamp(full * std::sin(from + (to - from) * j / kCurveSteps),
+                                 ramp.u[j - 1], high);
     ramp.d[j] = ramp.d[j - 1] +
                 (ramp.u[j] - ramp.u[j - 1]) / (2.0 * tangentialBound(span, acceleration, ramp.u[j]));
   }
