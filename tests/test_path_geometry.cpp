@@ -291,8 +291,13 @@ TEST(TrajectoryGeometry, ComposedRunsOneAfterTheOther) {
   const auto builder = TrajectoryFactory::getComposedTrajectoryBuilder(
       {a.getTrajectoryBuilder(seconds(3)), b.getTrajectoryBuilder(kPi / 2, seconds(3)),
        a.getTrajectoryBuilder(seconds(0))});
-  const std::unique_ptr<KRTrajectoryPose2DComposed> t(builder(at(Pose2D())));
+  // The first piece starts with the start velocity, arrives early (1.63 s)
+  // and rests; every hand-over is at rest.
+  const Pose2DPosVelAcc moving(Pose2D(), Pose2D(0.5f, 0, 0), Pose2D());
+  const std::unique_ptr<KRTrajectoryPose2DComposed> t(builder(moving));
+  EXPECT_EQ(t->stateAt(0.0).velocity, moving.velocity);
   EXPECT_EQ(t->duration().count(), boost::rational<int>(3 + 3 + 2));
+  EXPECT_EQ(t->minimumDuration().count(), boost::rational<int>(163 + 258 + 200, 100));
   expectAtRest(t->stateAt(3.0), {1, 0, 0});
   expectAtRest(t->stateAt(6.0), {2, 0, kPi / 2});
   expectAtRest(t->stateAt(8.0), {2, 1, kPi / 2});

@@ -239,35 +239,31 @@ TEST(TrajectoryProfile, StartsWithAFeasibleStartVelocity) {
 }
 
 TEST(TrajectoryProfile, AnInfeasibleStartVelocityThrows) {
-  struct Case {
+  const float wheeled = std::nanf("");  // else the holonomic rotation
+  const struct {
     const char* name;
     Pose2DPosVelAcc start;
-    float rotation;  // holonomic when not NaN
+    Position2D end;
+    float rotation;
+  } cases[] = {
+      {"sideways for a wheeled base", moving(0, 0.3f), {2, 0}, wheeled},
+      {"backwards", moving(-0.3f, 0), {2, 0}, wheeled},
+      {"above the speed limit", moving(0.6f, 0), {2, 0}, wheeled},
+      {"too fast to stop in 0.2 m", moving(0.5f, 0), {0.2f, 0}, wheeled},
+      {"moving into a corner at the start", moving(0.3f, 0), {1, 1}, wheeled},
+      {"not finite", moving(std::nanf(""), 0), {2, 0}, wheeled},
+      {"turning against the rotation", moving(0.3f, 0, 0, -0.5f), {2, 0}, 1.0f},
+      {"turning too fast to stop within the rotation", moving(0.3f, 0, 0, 1.0f), {2, 0}, 0.1f},
   };
-  const float straight = std::nanf("");
-  const Case cases[] = {
-      {"sideways for a wheeled base", moving(0, 0.3f), straight},
-      {"backwards", moving(-0.3f, 0), straight},
-      {"above the speed limit", moving(0.6f, 0), straight},
-      {"too fast to stop in 0.2 m", moving(0.5f, 0), straight},
-      {"moving into a corner at the start", moving(0.3f, 0, 0.0f), straight},
-      {"not finite", moving(std::nanf(""), 0), straight},
-      {"turning against the rotation", moving(0.3f, 0, 0, -0.5f), 1.0f},
-      {"turning too fast to stop within the rotation", moving(0.3f, 0, 0, 1.0f), 0.1f},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    const std::string name = c.name;
-    const Position2D end = name == "too fast to stop in 0.2 m" ? Position2D(0.2f, 0)
-                           : name == "moving into a corner at the start" ? Position2D(1, 1)
-                                                                          : Position2D(2, 0);
     if (std::isnan(c.rotation)) {
       NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-      factory.addLine(end);
+      factory.addLine(c.end);
       EXPECT_THROW(factory.getTrajectoryBuilder(kFastest)(c.start), std::runtime_error);
     } else {
       HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-      factory.addLine(end);
+      factory.addLine(c.end);
       EXPECT_THROW(factory.getTrajectoryBuilder(c.rotation, kFastest)(c.start),
                    std::runtime_error);
     }
@@ -311,21 +307,6 @@ TEST(TrajectoryProfile, ALongerDurationStretchesTheSameProfile) {
   EXPECT_EQ(moving->duration().count(), asked.count());
   EXPECT_EQ(moving->stateAt(arrival).velocity, Pose2D());
   EXPECT_EQ(moving->stateAt(arrival).position, moving->stateAt(toSeconds(asked)).position);
-}
-
-TEST(TrajectoryProfile, AComposedTrajectoryHandsOverAtRest) {
-  NonHolonomicTrajectoryFactory a(kLinear, kAngular, kPeriod, 1.0f);
-  a.addLine({2, 0});
-  const auto builder = TrajectoryFactory::getComposedTrajectoryBuilder(
-      {a.getTrajectoryBuilder(kFastest), a.getTrajectoryBuilder(kFastest)});
-  const Pose2DPosVelAcc start(Pose2D(), Pose2D(0.5f, 0, 0), Pose2D());
-  const std::unique_ptr<KRTrajectoryPose2DComposed> t(builder(start));
-  EXPECT_EQ(t->stateAt(0.0).velocity, start.velocity);
-  const double handOver = toSeconds(t->pieces()[0]->duration());
-  EXPECT_EQ(t->stateAt(handOver).velocity, Pose2D());
-  EXPECT_EQ(t->minimumDuration().count(), t->duration().count());
-  // 4.5 s from 0.5 m/s, then 5 s from rest.
-  EXPECT_EQ(t->duration().count(), boost::rational<int>(19, 2));
 }
 
 }  // namespace
