@@ -168,6 +168,7 @@ const char* const startColour = "#2ca02c";
 const char* const endColour = "#d62728";
 const char* const turnColour = "#ff7f0e";
 const char* const headingColour = "#8c8c8c";
+const char* const boundColour = "#9467bd";
 const char* const titleAttributes = R"(font-family="sans-serif" font-size="13" fill="#222")";
 const char* const noteAttributes = R"(font-family="sans-serif" font-size="11" fill="#555")";
 
@@ -265,17 +266,22 @@ std::string pathPicture(const KR::KRValue& description, const KRPath2D& path) {
   return document.str();
 }
 
-/// Speeds over time: |(x', y')| in m/s and |theta'| in rad/s.
+/// Speeds over time: |(x', y')| in m/s and |theta'| in rad/s, with the
+/// speed bound where the robot is (the translation limit, lowered on arcs)
+/// so that it shows where and why the motion slows.
 void drawSpeeds(svg::Document& document, double top, const std::vector<double>& times,
-                const std::vector<Pose2DPosVelAcc>& states, double duration) {
+                const std::vector<Pose2DPosVelAcc>& states, const std::vector<double>& bounds,
+                double duration) {
   std::vector<svg::Point> linear;
   std::vector<svg::Point> angular;
+  std::vector<svg::Point> bound;
   double highest = 0.1;
   for (std::size_t i = 0; i < times.size(); ++i) {
     const Pose2D& v = states[i].velocity;
     linear.push_back({times[i], std::hypot(v.x, v.y)});
     angular.push_back({times[i], std::fabs(v.theta)});
-    highest = std::max({highest, linear.back().y, angular.back().y});
+    bound.push_back({times[i], bounds[i]});
+    highest = std::max({highest, linear.back().y, angular.back().y, bound.back().y});
   }
   const svg::Panel panel(marginLeft, top, panelWidth, speedPanelHeight,
                          {0.0, duration > 0 ? duration : 1.0}, {0.0, highest * 1.1});
@@ -288,6 +294,8 @@ void drawSpeeds(svg::Document& document, double top, const std::vector<double>& 
     }
     return page;
   };
+  document.polyline(toPage(bound), std::string("stroke=\"") + boundColour +
+                                       R"(" stroke-width="1.5" stroke-dasharray="2 3")");
   document.polyline(toPage(linear), std::string("stroke=\"") + pathColour +
                                         R"(" stroke-width="2" stroke-linejoin="round")");
   document.polyline(toPage(angular), std::string("stroke=\"") + turnColour +
@@ -297,6 +305,7 @@ void drawSpeeds(svg::Document& document, double top, const std::vector<double>& 
   const double right = panel.left() + panel.width();
   document.text({right, top - 8}, "|theta'| (rad/s), dashed", legend + turnColour + "\"");
   document.text({right - 150, top - 8}, "|(x', y')| (m/s)", legend + pathColour + "\"");
+  document.text({right - 260, top - 8}, "its bound, dotted", legend + boundColour + "\"");
 }
 
 /// The track of the trajectory with its heading at the printed sample
@@ -306,9 +315,11 @@ std::string trajectoryPicture(const KR::KRValue& description,
   const double duration = KR::Math::toSeconds(trajectory.duration());
   const std::vector<double> times = sampleTimes(duration, drawnIntervals);
   std::vector<Pose2DPosVelAcc> states;
+  std::vector<double> bounds;
   std::vector<svg::Point> points;
   for (const double t : times) {
     states.push_back(trajectory.stateAt(t));
+    bounds.push_back(trajectory.speedBoundAt(t));
     points.push_back(at(states.back().position));
   }
   const Pose2D start = states.front().position;
@@ -327,7 +338,7 @@ std::string trajectoryPicture(const KR::KRValue& description,
     const Pose2D pose = trajectory.stateAt(headingTimes[i]).position;
     document.arrow(track.toPage(at(pose)), pose.theta, 22, headingColour);
   }
-  drawSpeeds(document, speedTop, times, states, duration);
+  drawSpeeds(document, speedTop, times, states, bounds, duration);
   return document.str();
 }
 

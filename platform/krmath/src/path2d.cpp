@@ -1,6 +1,6 @@
 #include <kr/math/trajectory/path2d.h>
 
-#include "motionprofile.h"
+#include "pathgeometry.h"
 
 #include <algorithm>
 #include <cfloat>

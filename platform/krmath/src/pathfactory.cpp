@@ -1,6 +1,6 @@
 #include <kr/math/trajectory/pathfactory.h>
 
-#include "motionprofile.h"
+#include "pathgeometry.h"
 
 #include <cfloat>
 #include <cmath>

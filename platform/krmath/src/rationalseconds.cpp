@@ -1,6 +1,6 @@
 #include <kr/math/rationalseconds.h>
 
-#include "motionprofile.h"
+#include "periods.h"
 
 #include <climits>
 #include <cmath>
@@ -16,8 +16,6 @@
 namespace KR {
 namespace Math {
 namespace {
-
-using Trajectory::wholePeriods;
 
 constexpr std::uint64_t kIntMax = static_cast<std::uint64_t>(INT_MAX);
 
@@ -86,8 +84,6 @@ double toSeconds(const RationalSeconds& duration) {
          static_cast<double>(duration.count().denominator());
 }
 
-namespace Trajectory {
-
 RationalSeconds wholePeriods(std::uint64_t count, const RationalSeconds& period) {
   requirePositive(period);
   const std::uint64_t num = static_cast<std::uint64_t>(period.count().numerator());
@@ -151,6 +147,5 @@ RationalSeconds addDurations(const RationalSeconds& a, const RationalSeconds& b)
   return RationalSeconds(boost::rational<int>(static_cast<int>(num), static_cast<int>(den)));
 }
 
-}  // namespace Trajectory
 }  // namespace Math
 }  // namespace KR

@@ -1,21 +1,25 @@
 #include <kr/math/trajectory/trajectoryfactory.h>
 
-#include "motionprofile.h"
+#include "pathgeometry.h"
+#include "periods.h"
+#include "speedprofile.h"
+#include "trajectoryphase.h"
 
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 // The builders capture a composed-path builder and the settings by value, so
-// they keep working after the factory is gone. A motion is planned as phases
-// (moves along segments, and for a non-holonomic base turns on the spot),
-// each the fastest rest-to-rest profile within the limits; the duration is
-// then the one asked for or the phases' own time, whichever is longer, in
-// whole periods.
+// they keep working after the factory is gone. A motion is planned as phases:
+// runs along the path between stops, each one speed profile over its
+// segments' bounds, and for a non-holonomic base turns on the spot at the
+// corners between them. The duration is then the one asked for or the
+// phases' own time, whichever is longer, in whole periods.
 
 namespace KR {
 namespace Math {
@@ -23,6 +27,20 @@ namespace Trajectory {
 namespace {
 
 using Phase = KRDirectTrajectoryPose2D::Phase;
+
+// A joint whose direction of travel jumps by more than this (radians) is a
+// corner, where the robot stops; smaller jumps are the rounding of float
+// headings and are driven through. The float rounding of a large heading
+// value is added to it.
+constexpr double kCornerTolerance = 1e-4;
+// The share of the start speed that may point sideways of the direction it
+// must follow (float rounding of a velocity handed over from another
+// motion).
+constexpr double kSidewaysTolerance = 1e-4;
+
+double cornerTolerance(double heading) {
+  return kCornerTolerance + 4.0 * FLT_EPSILON * std::fabs(heading);
+}
 
 // The limits the motion may use (already times the fraction of limits), the
 // tick and the duration asked for.
@@ -67,101 +85,206 @@ void requireFiniteStart(const Pose2DPosVelAcc& start) {
   if (!isFinite(start.position)) {
     throw std::runtime_error("A trajectory cannot start at a pose that is not finite.");
   }
-}
-
-// The fastest rest-to-rest profile along `segment`. On an arc the tangential
-// and centripetal accelerations are each held to A / sqrt(2), so that their
-// vector sum stays within A; a base turning with the path also keeps its
-// turning rate k v and angular acceleration k s'' within the rotation limits.
-Profile moveProfile(const Segment2D& segment, const MotionSettings& settings,
-                    bool turnsWithPath) {
-  double speed = settings.speed;
-  double acceleration = settings.acceleration;
-  const double k = std::fabs(static_cast<double>(segment.curvature));
-  if (k > 0.0) {
-    acceleration /= std::sqrt(2.0);
-    speed = std::min(speed, std::sqrt(acceleration / k));
-    if (turnsWithPath) {
-      speed = std::min(speed, settings.angularSpeed / k);
-      acceleration = std::min(acceleration, settings.angularAcceleration / k);
-    }
+  if (!isFinite(start.velocity)) {
+    throw std::runtime_error("A trajectory cannot start with a velocity that is not finite.");
   }
-  return makeProfile(segment.length, speed, acceleration);
 }
 
-void appendPhase(std::vector<Phase>& phases, Phase phase, double& time) {
-  phase.startTime = time;
-  time += phase.profile.duration();
-  phases.push_back(phase);
-}
-
-// Moves along every segment, each from rest to rest.
-std::vector<Phase> holonomicPhases(const KRPath2D& path, const MotionSettings& settings) {
-  std::vector<Phase> phases;
-  double time = 0.0;
-  for (std::size_t i = 0; i < path.segments().size(); ++i) {
-    Phase move;
-    move.segment = i;
-    move.profile = moveProfile(path.segments()[i], settings, false);
-    appendPhase(phases, move, time);
+// The bounds along `segment`: the speed limit and, on an arc, the share of
+// the acceleration the centripetal part leaves; a base turning with the path
+// also keeps its turning rate k v and angular acceleration k a within the
+// rotation limits.
+SpeedSpan spanOf(const Segment2D& segment, const MotionSettings& settings, bool turnsWithPath) {
+  SpeedSpan span;
+  span.length = segment.length;
+  span.maxSpeed = settings.speed;
+  span.curvature = std::fabs(static_cast<double>(segment.curvature));
+  span.maxTangential = std::numeric_limits<double>::infinity();
+  if (turnsWithPath && span.curvature > 0.0) {
+    span.maxSpeed = std::min(span.maxSpeed, settings.angularSpeed / span.curvature);
+    span.maxTangential = settings.angularAcceleration / span.curvature;
   }
-  return phases;
+  return span;
 }
 
-// Moves along every segment, preceded by a turn on the spot, the shorter way,
-// wherever the direction of travel jumps. Paths made by PathFactory never
-// turn by more than a half turn at a corner, so the orientation is then the
-// path's heading value; otherwise it keeps the whole turns the robot skipped.
-std::vector<Phase> nonHolonomicPhases(const KRPath2D& path, const MotionSettings& settings) {
-  std::vector<Phase> phases;
-  double time = 0.0;
-  double heading = path.startPose().theta;
-  double offset = 0.0;
-  for (std::size_t i = 0; i < path.segments().size(); ++i) {
-    const Segment2D& segment = path.segments()[i];
-    const double target = segment.start.theta + offset;
-    double turn = target - heading;
-    // Headings are stored as floats, so a half turn (a U-turn) may come out a
-    // rounding error above pi; only a corner clearly sharper is wrapped.
-    const double slack = 1e-6 * (1.0 + std::fabs(heading));
-    if (std::fabs(turn) > kPi + slack) {
-      const double shorter = std::remainder(turn, 2.0 * kPi);
-      offset += 2.0 * kPi * std::round((shorter - turn) / (2.0 * kPi));
-      turn = shorter;
-    }
-    if (turn != 0.0) {
-      Phase turning;
-      turning.kind = Phase::Kind::Turn;
-      turning.segment = i;
-      turning.fromHeading = heading;
-      turning.turn = turn;
-      turning.profile =
-          makeProfile(std::fabs(turn), settings.angularSpeed, settings.angularAcceleration);
-      appendPhase(phases, turning, time);
-    }
-    Phase move;
-    move.segment = i;
-    move.headingOffset = offset;
-    move.profile = moveProfile(segment, settings, true);
-    appendPhase(phases, move, time);
-    heading = segment.endPose().theta + offset;
+// The start speed along `direction`, the path's first direction of travel.
+// Throws std::runtime_error when the start velocity points elsewhere.
+double startSpeedAlong(const Pose2DPosVelAcc& start, double direction) {
+  const double vx = start.velocity.x;
+  const double vy = start.velocity.y;
+  const double speed = std::hypot(vx, vy);
+  if (speed == 0.0) {
+    return 0.0;
   }
-  return phases;
+  const double along = vx * std::cos(direction) + vy * std::sin(direction);
+  const double sideways = vy * std::cos(direction) - vx * std::sin(direction);
+  if (!(along > 0.0) || std::fabs(sideways) > kSidewaysTolerance * speed) {
+    throw std::runtime_error("A trajectory cannot start moving at (" +
+                             std::to_string(vx) + ", " + std::to_string(vy) +
+                             ") m/s: its path starts in the direction " +
+                             std::to_string(direction) + " rad.");
+  }
+  return speed;
 }
+
+// The phases along `path` starting at `startSpeed`: runs between corners and
+// the end, and for a base turning with the path turns on the spot, the
+// shorter way, at the corners (the start included). Paths made by
+// PathFactory never turn by more than a half turn at a corner, so the
+// orientation is then the path's heading value; otherwise it keeps the whole
+// turns the robot skipped.
+class PhasePlanner {
+ public:
+  PhasePlanner(const MotionSettings& settings, bool turnsWithPath)
+      : settings_(settings), turnsWithPath_(turnsWithPath) {}
+
+  std::vector<Phase> plan(const KRPath2D& path, double startSpeed) {
+    const std::vector<Segment2D>& segments = path.segments();
+    if (segments.empty()) {
+      planSpeedProfile({}, settings_.acceleration, startSpeed);  // throws when moving
+      return {};
+    }
+    startSpeed_ = startSpeed;
+    double heading = turnsWithPath_ ? path.startPose().theta : segments[0].start.theta;
+    double offset = 0.0;
+    double arc = 0.0;
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+      const Segment2D& segment = segments[i];
+      double turn = segment.start.theta + offset - heading;
+      // Headings are stored as floats, so a half turn (a U-turn) may come out
+      // a rounding error above pi; only a corner clearly sharper is wrapped.
+      const double slack = 1e-6 * (1.0 + std::fabs(heading));
+      if (std::fabs(turn) > kPi + slack) {
+        const double shorter = std::remainder(turn, 2.0 * kPi);
+        if (turnsWithPath_) {
+          offset += 2.0 * kPi * std::round((shorter - turn) / (2.0 * kPi));
+        }
+        turn = shorter;
+      }
+      if (std::fabs(turn) > cornerTolerance(heading)) {
+        closeRun();
+        if (turnsWithPath_) {
+          addTurn(i, heading, turn);
+        }
+      }
+      if (run_.segmentCount == 0) {
+        run_.segment = i;
+        run_.startArc = arc;
+        run_.headingOffset = offset;
+      }
+      const SpeedSpan span = spanOf(segment, settings_, turnsWithPath_);
+      spans_.push_back(span);
+      run_.speedBounds.push_back(speedBound(span, settings_.acceleration));
+      ++run_.segmentCount;
+      arc += segment.length;
+      heading = segment.endPose().theta + offset;
+    }
+    closeRun();
+    return std::move(phases_);
+  }
+
+ private:
+  void append(Phase& phase) {
+    phase.startTime = time_;
+    time_ += phase.duration();
+    phases_.push_back(std::move(phase));
+  }
+
+  void addTurn(std::size_t segment, double heading, double turn) {
+    if (phases_.empty() && startSpeed_ > 0.0) {
+      throw std::runtime_error("A trajectory moving at the start cannot turn on the spot first: "
+                               "its path starts in another direction.");
+    }
+    Phase turning;
+    turning.kind = Phase::Kind::Turn;
+    turning.segment = segment;
+    turning.fromHeading = heading;
+    turning.turn = turn;
+    turning.profile =
+        planTurn(turn, 0.0, settings_.angularSpeed, settings_.angularAcceleration);
+    append(turning);
+  }
+
+  // Ends the current run at rest; the first one starts at the start speed.
+  void closeRun() {
+    if (run_.segmentCount == 0) {
+      return;
+    }
+    run_.profile = planSpeedProfile(spans_, settings_.acceleration,
+                                    phases_.empty() ? startSpeed_ : 0.0);
+    append(run_);
+    run_ = Phase();
+    spans_.clear();
+  }
+
+  MotionSettings settings_;
+  bool turnsWithPath_;
+  double startSpeed_ = 0.0;
+  double time_ = 0.0;
+  Phase run_;
+  std::vector<SpeedSpan> spans_;
+  std::vector<Phase> phases_;
+};
 
 double ownTimeOf(const std::vector<Phase>& phases) {
   if (phases.empty()) {
     return 0.0;
   }
-  return phases.back().startTime + phases.back().profile.duration();
+  return phases.back().startTime + phases.back().duration();
 }
 
-// The duration asked for, or the motion's own time if that is longer, in
-// whole periods (rounded up).
-RationalSeconds motionDuration(double ownTime, const MotionSettings& settings) {
-  const std::uint64_t needed = periodsCovering(ownTime, settings.period);
+// The fastest motion's own time in whole periods (rounded up).
+RationalSeconds minimumDurationOf(double ownTime, const MotionSettings& settings) {
+  return wholePeriods(periodsCovering(ownTime, settings.period), settings.period);
+}
+
+// The duration asked for, or the minimum if that is longer.
+RationalSeconds motionDuration(const RationalSeconds& minimum, const MotionSettings& settings) {
+  const std::uint64_t needed = periodsCovering(minimum, settings.period);
   const std::uint64_t asked = periodsCovering(settings.asked, settings.period);
-  return wholePeriods(std::max(needed, asked), settings.period);
+  return asked > needed ? wholePeriods(asked, settings.period) : minimum;
+}
+
+// The path's first direction of travel; the start heading for no path.
+double firstDirection(const KRPath2D& path) {
+  return path.segments().empty() ? path.startPose().theta : path.segments()[0].start.theta;
+}
+
+KRDirectTrajectoryPose2D* buildNonHolonomic(const Path2DComposedBuilder& pathBuilder,
+                                            const MotionSettings& settings,
+                                            const Pose2DPosVelAcc& start) {
+  requireFiniteStart(start);
+  std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
+  // A base facing along the path moves along its orientation; a path that
+  // starts elsewhere starts with a turn on the spot, from rest.
+  const double speed = startSpeedAlong(start, start.position.theta);
+  std::vector<Phase> phases = PhasePlanner(settings, true).plan(*path, speed);
+  const RationalSeconds minimum = minimumDurationOf(ownTimeOf(phases), settings);
+  return new KRDirectTrajectoryPose2D(std::move(path), std::move(phases),
+                                      motionDuration(minimum, settings), minimum,
+                                      start.velocity);
+}
+
+KRTrajectoryPose2DHolonomic* buildHolonomic(const Path2DComposedBuilder& pathBuilder,
+                                            const MotionSettings& settings, float rotation,
+                                            const Pose2DPosVelAcc& start) {
+  requireFiniteStart(start);
+  if (!(std::fabs(static_cast<double>(start.position.theta) + rotation) <=
+        static_cast<double>(FLT_MAX))) {
+    throw std::runtime_error("A holonomic trajectory would end at an orientation out of range.");
+  }
+  std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
+  const double speed = startSpeedAlong(start, firstDirection(*path));
+  std::vector<Phase> phases = PhasePlanner(settings, false).plan(*path, speed);
+  const double turnTime = profileDuration(planTurn(rotation, start.velocity.theta,
+                                                   settings.angularSpeed,
+                                                   settings.angularAcceleration));
+  const RationalSeconds minimum =
+      minimumDurationOf(std::max(ownTimeOf(phases), turnTime), settings);
+  return new KRTrajectoryPose2DHolonomic(std::move(path), std::move(phases),
+                                         motionDuration(minimum, settings), minimum, start,
+                                         rotation, settings.angularSpeed,
+                                         settings.angularAcceleration);
 }
 
 }  // namespace
@@ -207,7 +330,7 @@ TrajectoryPose2DComposedBuilder TrajectoryFactory::getComposedTrajectoryBuilder(
     requireFiniteStart(start);
     std::vector<std::unique_ptr<KRDirectTrajectoryPose2D> > made;
     made.reserve(pieces.size());
-    Pose2DPosVelAcc at(start.position, Pose2D(), Pose2D());
+    Pose2DPosVelAcc at = start;
     for (const DirectTrajectoryPose2DBuilder& builder : pieces) {
       std::unique_ptr<KRDirectTrajectoryPose2D> piece(builder(at));
       if (!piece) {
@@ -230,6 +353,10 @@ float TrajectoryFactory::fractionOfLimits() const { return fractionOfLimits_; }
 
 const std::vector<DirectPath2DBuilder>& TrajectoryFactory::pieces() const { return pieces_; }
 
+Path2DComposedBuilder TrajectoryFactory::pathBuilder() const {
+  return paths_.composedPathBuilder(pieces_);
+}
+
 HolonomicTrajectoryFactory::HolonomicTrajectoryFactory(const Limits& translationLimits,
                                                        const Limits& rotationLimits,
                                                        const RationalSeconds& period,
@@ -242,24 +369,18 @@ TrajectoryPose2DHolonomicBuilder HolonomicTrajectoryFactory::getTrajectoryBuilde
     throw std::runtime_error("A holonomic trajectory's rotation must be finite.");
   }
   requireNonNegative(duration);
-  const Path2DComposedBuilder pathBuilder = PathFactory(1.0f).composedPathBuilder(pieces());
+  const Path2DComposedBuilder paths = pathBuilder();
   const MotionSettings settings = settingsOf(*this, duration);
-  return [pathBuilder, settings, rotation](const Pose2DPosVelAcc& start) {
-    requireFiniteStart(start);
-    if (!(std::fabs(static_cast<double>(start.position.theta) + rotation) <=
-          static_cast<double>(FLT_MAX))) {
-      throw std::runtime_error("A holonomic trajectory would end at an orientation out of range.");
-    }
-    std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
-    std::vector<Phase> phases = holonomicPhases(*path, settings);
-    const Profile turn =
-        makeProfile(std::fabs(rotation), settings.angularSpeed, settings.angularAcceleration);
-    const RationalSeconds total =
-        motionDuration(std::max(ownTimeOf(phases), turn.duration()), settings);
-    return new KRTrajectoryPose2DHolonomic(std::move(path), std::move(phases), total,
-                                           start.position.theta, rotation, settings.angularSpeed,
-                                           settings.angularAcceleration);
+  return [paths, settings, rotation](const Pose2DPosVelAcc& start) {
+    return buildHolonomic(paths, settings, rotation, start);
   };
+}
+
+RationalSeconds HolonomicTrajectoryFactory::minimumDuration(float rotation,
+                                                            const Pose2DPosVelAcc& start) const {
+  const std::unique_ptr<KRTrajectoryPose2DHolonomic> fastest(
+      getTrajectoryBuilder(rotation, RationalSeconds(0))(start));
+  return fastest->minimumDuration();
 }
 
 NonHolonomicTrajectoryFactory::NonHolonomicTrajectoryFactory(const Limits& linearLimits,
@@ -271,15 +392,18 @@ NonHolonomicTrajectoryFactory::NonHolonomicTrajectoryFactory(const Limits& linea
 DirectTrajectoryPose2DBuilder NonHolonomicTrajectoryFactory::getTrajectoryBuilder(
     const RationalSeconds& duration) const {
   requireNonNegative(duration);
-  const Path2DComposedBuilder pathBuilder = PathFactory(1.0f).composedPathBuilder(pieces());
+  const Path2DComposedBuilder paths = pathBuilder();
   const MotionSettings settings = settingsOf(*this, duration);
-  return [pathBuilder, settings](const Pose2DPosVelAcc& start) {
-    requireFiniteStart(start);
-    std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
-    std::vector<Phase> phases = nonHolonomicPhases(*path, settings);
-    const RationalSeconds total = motionDuration(ownTimeOf(phases), settings);
-    return new KRDirectTrajectoryPose2D(std::move(path), std::move(phases), total);
+  return [paths, settings](const Pose2DPosVelAcc& start) {
+    return buildNonHolonomic(paths, settings, start);
   };
+}
+
+RationalSeconds NonHolonomicTrajectoryFactory::minimumDuration(
+    const Pose2DPosVelAcc& start) const {
+  const std::unique_ptr<KRDirectTrajectoryPose2D> fastest(
+      getTrajectoryBuilder(RationalSeconds(0))(start));
+  return fastest->minimumDuration();
 }
 
 }  // namespace Trajectory

@@ -34,18 +34,23 @@ typedef boost::function<KRTrajectoryPose2D*(const Pose2DPosVelAcc&)> TrajectoryP
 /// the previous piece's end, as PathFactory's composed paths) together with
 /// the settings of the motion along it:
 /// - the first limits bound the translation (m/s, m/s^2), the second the
-///   rotation (rad/s, rad/s^2); see KRDirectTrajectoryPose2D;
+///   rotation (rad/s, rad/s^2); see KRDirectTrajectoryPose2D for the motion
+///   they make: one speed profile along the whole path, from the start
+///   state, resting only at corners and at the end;
 /// - `period` is the controller's tick: durations are whole numbers of it;
 /// - `fractionOfLimits`, in (0, 1], is the share of both limits the motion
 ///   may use (1: all of them; 0.5: half the speed and half the acceleration).
 ///
 /// A duration asked for is the one the motion gets if the limits allow it
 /// (rounded up to a whole number of periods when it is not one); when they
-/// need longer (0 asks for the fastest motion), the motion takes the
-/// shortest duration the limits allow, rounded up to a whole number of
-/// periods. A builder throws std::runtime_error when that duration does not
-/// fit the fraction's int numerator. A factory with no piece makes a motion
-/// that stays in place (a holonomic one still turns).
+/// need longer (0 asks for the fastest motion), the motion takes its minimum
+/// duration: the shortest the limits allow, rounded up to a whole number of
+/// periods. minimumDuration() tells it beforehand, the trajectory's
+/// minimumDuration() afterwards. A builder throws std::runtime_error when
+/// that duration does not fit the fraction's int numerator, and when the
+/// start state's velocity cannot be honoured (see KRDirectTrajectoryPose2D).
+/// A factory with no piece makes a motion that stays in place (a holonomic
+/// one still turns).
 ///
 /// The three add operations are the only virtual functions; a derived
 /// factory may override them (to record them, for instance). The destructor
@@ -85,6 +90,10 @@ class KRMATH_API TrajectoryFactory {
   TrajectoryFactory& operator=(const TrajectoryFactory&) = default;
   ~TrajectoryFactory();
 
+  /// A builder of the path made of the pieces added so far, from this
+  /// factory's path factory.
+  Path2DComposedBuilder pathBuilder() const;
+
  private:
   Limits firstLimits_;
   Limits secondLimits_;
@@ -109,6 +118,10 @@ class KRMATH_API HolonomicTrajectoryFactory : public TrajectoryFactory {
   /// orientation (start + rotation) is beyond the range of float.
   TrajectoryPose2DHolonomicBuilder getTrajectoryBuilder(float rotation,
                                                          const RationalSeconds& duration) const;
+
+  /// The duration getTrajectoryBuilder(rotation, 0) would give from `start`.
+  /// Throws as that builder does.
+  RationalSeconds minimumDuration(float rotation, const Pose2DPosVelAcc& start) const;
 };
 
 /// Trajectories of a base that always faces along the path (first limits:
@@ -121,6 +134,10 @@ class KRMATH_API NonHolonomicTrajectoryFactory : public TrajectoryFactory {
   /// Follows the pieces added so far. Throws std::runtime_error when
   /// `duration` is negative.
   DirectTrajectoryPose2DBuilder getTrajectoryBuilder(const RationalSeconds& duration) const;
+
+  /// The duration getTrajectoryBuilder(0) would give from `start`. Throws as
+  /// that builder does.
+  RationalSeconds minimumDuration(const Pose2DPosVelAcc& start) const;
 };
 
 }  // namespace Trajectory

@@ -18,16 +18,27 @@ namespace Trajectory {
 /// A motion that lasts duration() and gives the robot's state at any time
 /// since its start. States are in the world frame: velocity and
 /// acceleration are the time derivatives of the position (x, y) and of the
-/// orientation (theta). Before 0 the state is the start state at rest, after
-/// the duration the end state at rest.
+/// orientation (theta). At and before 0 the state is the start pose moving
+/// with the start velocity, with no acceleration; after the duration it is
+/// the end pose at rest.
 class KRMATH_API KRTrajectoryPose2D {
  public:
   virtual ~KRTrajectoryPose2D();
 
   /// How long the motion lasts: a whole number of the factory's periods.
   virtual RationalSeconds duration() const = 0;
+  /// The shortest duration the limits allow for this motion, in whole
+  /// periods: duration() is longer when a longer one was asked for.
+  virtual RationalSeconds minimumDuration() const = 0;
   /// The state `seconds` after the start, clamped into [0, duration].
   virtual Pose2DPosVelAcc stateAt(double seconds) const = 0;
+  /// The largest translation speed the limits allow where the robot is
+  /// `seconds` after the start: the first limits' speed, lowered on an arc
+  /// by the centripetal acceleration (and, facing along the path, by the
+  /// turning rate). 0 while it turns on the spot, before the start when it
+  /// starts with such a turn, and after the end. The speed stays at or
+  /// below it, and lower where it speeds up or brakes for a stop.
+  virtual double speedBoundAt(double seconds) const = 0;
 
  protected:
   KRTrajectoryPose2D() = default;
@@ -35,57 +46,87 @@ class KRMATH_API KRTrajectoryPose2D {
   KRTrajectoryPose2D& operator=(const KRTrajectoryPose2D&) = delete;
 };
 
-/// One path followed from rest to rest; this class itself is the
-/// non-holonomic motion of a robot that always faces where it drives (a
-/// wheeled base that cannot move sideways).
+/// One path followed with a single speed profile along it; this class
+/// itself is the non-holonomic motion of a robot that always faces where it
+/// drives (a wheeled base that cannot move sideways).
 ///
-/// The path is built at the start state's pose. The motion is split into
-/// moves along each segment of the path, each from rest to rest; where the
-/// direction of travel jumps (at the start, when the start heading is not
-/// the path's, and at every corner) the robot stops and turns on the spot,
-/// by the shorter way, before it moves on. Each move and turn is a
-/// trapezoidal (or triangular) speed profile, and the whole motion is then
-/// slowed down uniformly to fill the duration asked for. So, at every
-/// instant:
-/// - |velocity (x, y)| <= first limits' velocity and
-///   |acceleration (x, y)| <= first limits' acceleration (the whole vector,
-///   the centripetal part on arcs included: on an arc of curvature k the
-///   tangential acceleration and k v^2 are each held to the limit / sqrt(2));
-/// - |velocity theta| <= second limits' velocity and
-///   |acceleration theta| <= second limits' acceleration (on an arc the
-///   orientation turns at k v, so the speed along it is held to that too);
-/// each limit taken times the factory's fraction of limits.
+/// The path is built at the start state's pose. The robot drives through
+/// joints without stopping and comes to rest only at a corner, where the
+/// direction of travel jumps by more than 1e-4 rad (plus the float rounding
+/// of large heading values), and at the end. A smaller jump is driven
+/// through, the velocity turning by that angle at once. At a corner (and at
+/// the start, when the start heading is not the path's) the robot stops and
+/// turns on the spot, by the shorter way, before it moves on. Between stops
+/// the speed profile is the fastest one within the limits: a forward and a
+/// backward pass over the speed bounds along the path, accelerating and
+/// braking as hard as allowed and cruising at the bounds. At every instant,
+/// each limit taken times the factory's fraction of limits:
+/// - |velocity (x, y)| <= first limits' velocity, and on an arc of curvature
+///   k the centripetal acceleration k v^2 takes at most 99 % of the first
+///   limits' acceleration;
+/// - |acceleration (x, y)|, tangential and centripetal together, <= first
+///   limits' acceleration;
+/// - |velocity theta| = |k v| <= second limits' velocity and, on an arc,
+///   |acceleration theta| = |k a| <= second limits' acceleration; turns on
+///   the spot keep both rotation limits.
+/// Where the path's curvature jumps (a line meeting an arc), the turning
+/// rate k v jumps with it: the path has no curvature in between, and
+/// stopping there instead would make every such joint a halt. The
+/// translation velocity stays continuous there.
 ///
-/// The state at 0 is the start pose at rest; at the duration it is the
-/// path's end pose (heading: the path's last direction of travel) at rest.
-/// Headings are not wrapped: the orientation is the path's heading value
-/// exactly when no corner of the path (the start included) turns by more
-/// than a half turn, which holds for every path PathFactory makes; at a
-/// sharper corner of some other path the robot still turns the shorter way,
-/// and its orientation then differs from the path's heading value by whole
-/// turns from there on.
-/// The start state's velocity and acceleration are not used: every motion
-/// starts from rest.
+/// Start state. The motion starts with the start state's velocity (x, y)
+/// when that is feasible: along the start orientation and the path's first
+/// direction (within 1e-4 of the speed sideways), no faster than the bound
+/// there, and slow enough to stop at the first corner or the end. Otherwise
+/// building throws std::runtime_error, naming what is wrong; the motion never
+/// jumps to another speed. The start turning rate is given back by stateAt
+/// at 0 as it was passed; from then on it is k v. The start acceleration is
+/// not used: the motion takes the acceleration its profile calls for at
+/// once (no jerk is bounded).
+///
+/// Duration. The motion's own time is the fastest one; a longer duration
+/// asked for stretches the same profile uniformly in time when the start is
+/// at rest (speeds divided by the stretch, accelerations by its square, so
+/// the limits still hold). A motion that starts moving cannot be stretched
+/// without changing its start speed: it then arrives after its own time and
+/// stays at rest at the end until the duration is over.
+///
+/// The state at the duration is the path's end pose (heading: the path's
+/// last direction of travel) at rest. Headings are not wrapped: the
+/// orientation is the path's heading value exactly when no corner of the
+/// path (the start included) turns by more than a half turn, which holds for
+/// every path PathFactory makes; at a sharper corner of some other path the
+/// robot still turns the shorter way, and its orientation then differs from
+/// the path's heading value by whole turns from there on.
 class KRMATH_API KRDirectTrajectoryPose2D : public KRTrajectoryPose2D {
  public:
   ~KRDirectTrajectoryPose2D() override;
 
   RationalSeconds duration() const override;
+  RationalSeconds minimumDuration() const override;
   Pose2DPosVelAcc stateAt(double seconds) const override;
+  double speedBoundAt(double seconds) const override;
 
   /// The path followed, built at the start pose.
   const KRPath2D& path() const;
 
-  /// A piece of the motion (a move along a segment or a turn on the spot),
-  /// timed before stretching; defined in the library's private sources.
+  /// A piece of the motion (a run along the path between stops or a turn on
+  /// the spot), timed before stretching; defined in the library's private
+  /// sources.
   struct Phase;
 
   /// Made by the trajectory factories: follows `path` with the given phases
-  /// (in order), slowed down uniformly to last `duration` (never sped up).
+  /// (in order), lasting `duration` (never shorter than the phases' own
+  /// time), starting at rest. The minimum duration is taken as `duration`.
   /// Throws std::runtime_error for a null path, a negative duration or a
   /// phase naming a segment the path does not have.
   KRDirectTrajectoryPose2D(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
                            const RationalSeconds& duration);
+  /// The same, starting with `startVelocity` (the phases were planned from
+  /// it), with the minimum duration the factory found.
+  KRDirectTrajectoryPose2D(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
+                           const RationalSeconds& duration,
+                           const RationalSeconds& minimumDuration, const Pose2D& startVelocity);
 
  protected:
   /// The state along the path and the turns, with the orientation of a
@@ -96,57 +137,87 @@ class KRMATH_API KRDirectTrajectoryPose2D : public KRTrajectoryPose2D {
   std::unique_ptr<KRPath2D> path_;
   std::vector<Phase> phases_;
   RationalSeconds duration_;
-  double stretch_;  // duration / the phases' own total time, at least 1
+  RationalSeconds minimumDuration_;
+  Pose2D startVelocity_;
+  std::vector<double> segmentStarts_;  // arc length where each segment starts
+  double ownTime_;                     // the phases' own total time
+  double stretch_;  // duration / own time when stretched, else 1
 };
 
-/// A holonomic motion: the robot follows the path (from rest to rest on each
-/// segment, without turning on the spot at corners) and, independently,
-/// turns from the start orientation by rotation() radians (counter-clockwise
-/// positive; more than a half turn is turned as asked, not the shorter
-/// way). The translation keeps within the first limits as a vector, the
-/// rotation within the second limits; both start at 0 and end at the
-/// duration.
+/// A holonomic motion: the robot follows the path with one speed profile as
+/// the non-holonomic one does (within the first limits as a vector, coming
+/// to rest at corners and the end, but never turning on the spot) and,
+/// independently, turns from the start orientation by rotation() radians
+/// (counter-clockwise positive; more than a half turn is turned as asked,
+/// not the shorter way) within the second limits. The turn is the fastest
+/// one, stretched over the whole duration when it starts at rest.
+///
+/// Start state: the velocity (x, y) is honoured as for the non-holonomic
+/// kind, along the path's first direction (the orientation does not
+/// matter). The start turning rate is honoured too when it turns the way of
+/// the rotation, is within the second limits and can stop within the
+/// rotation; otherwise building throws std::runtime_error. A turn that
+/// starts moving is not stretched: it ends after its own time and holds the
+/// end orientation.
 class KRMATH_API KRTrajectoryPose2DHolonomic : public KRDirectTrajectoryPose2D {
  public:
+  ~KRTrajectoryPose2DHolonomic() override;
+
   Pose2DPosVelAcc stateAt(double seconds) const override;
   float rotation() const;
 
   /// Made by the holonomic factory: the rotation is the fastest profile
-  /// within the given angular limits, slowed down to last `duration`.
-  /// Throws std::runtime_error when the orientation, the rotation or the
-  /// limits are not finite, or a limit is not positive.
+  /// within the given angular limits, from rest, stretched to last
+  /// `duration`. Throws std::runtime_error when the orientation, the
+  /// rotation or the limits are not finite, or a limit is not positive.
   KRTrajectoryPose2DHolonomic(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
                               const RationalSeconds& duration, float startOrientation,
                               float rotation, double maxAngularVelocity,
                               double maxAngularAcceleration);
+  /// The same from the start state `start` (its orientation and velocity),
+  /// with the minimum duration the factory found. Throws std::runtime_error
+  /// also when the start turning rate cannot be honoured.
+  KRTrajectoryPose2DHolonomic(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
+                              const RationalSeconds& duration,
+                              const RationalSeconds& minimumDuration,
+                              const Pose2DPosVelAcc& start, float rotation,
+                              double maxAngularVelocity, double maxAngularAcceleration);
+
+  /// The own time of the fastest turn from the start turning rate (seconds).
+  double rotationTime() const;
 
  private:
   float startOrientation_;
+  float startTurnRate_;
   float rotation_;
-  double maxAngularVelocity_;
-  double maxAngularAcceleration_;
-  double rotationStretch_;  // duration / the rotation profile's own time, at least 1
+  std::unique_ptr<Phase> turn_;  // the rotation as a turn profile
+  double rotationStretch_;       // duration / the turn's own time when stretched, else 1
 };
 
-/// Direct trajectories run one after the other: each starts at rest where
-/// the one before ended (its pose, and for a holonomic one its
-/// orientation). The duration is the sum of theirs. An empty composed
-/// trajectory lasts 0 and stays at its start state, at rest. The constructor
-/// throws std::runtime_error for a null piece or when the summed duration
-/// does not fit the fraction's ints.
+/// Direct trajectories run one after the other. The first starts with the
+/// composed trajectory's start state (its velocity included); every direct
+/// trajectory ends at rest, so the hand-over carries no speed: each next
+/// one starts at rest where the one before ended (its pose, and for a
+/// holonomic one its orientation). The duration and the minimum duration
+/// are the sums of theirs. An empty composed trajectory lasts 0 and stays at
+/// its start pose, at rest. The constructor throws std::runtime_error for a
+/// null piece or when the summed duration does not fit the fraction's ints.
 class KRMATH_API KRTrajectoryPose2DComposed : public KRTrajectoryPose2D {
  public:
   KRTrajectoryPose2DComposed(const Pose2DPosVelAcc& start,
                              std::vector<std::unique_ptr<KRDirectTrajectoryPose2D> > pieces);
 
   RationalSeconds duration() const override;
+  RationalSeconds minimumDuration() const override;
   Pose2DPosVelAcc stateAt(double seconds) const override;
+  double speedBoundAt(double seconds) const override;
   const std::vector<std::unique_ptr<KRDirectTrajectoryPose2D> >& pieces() const;
 
  private:
   Pose2DPosVelAcc start_;
   std::vector<std::unique_ptr<KRDirectTrajectoryPose2D> > pieces_;
   RationalSeconds duration_;
+  RationalSeconds minimumDuration_;
 };
 
 }  // namespace Trajectory

@@ -1,0 +1,49 @@
+// Internal helpers of the path sources: poses computed in double along a
+// segment and stored as floats without overflow. Not installed.
+#pragma once
+
+#include <kr/math/pose2d.h>
+#include <kr/math/trajectory/path2d.h>
+
+#include <cfloat>
+#include <cmath>
+
+namespace KR {
+namespace Math {
+namespace Trajectory {
+
+constexpr double kPi = 3.14159265358979323846;
+
+/// A pose computed in double before it is stored as floats.
+struct PoseD {
+  double x;
+  double y;
+  double theta;
+};
+
+inline bool isFinite(const Pose2D& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.theta);
+}
+
+/// `value` as a float, saturated to +-FLT_MAX: a double beyond the float
+/// range is not converted to float directly (that conversion is undefined).
+inline float saturatedFloat(double value) {
+  if (value > static_cast<double>(FLT_MAX)) {
+    return FLT_MAX;
+  }
+  if (value < -static_cast<double>(FLT_MAX)) {
+    return -FLT_MAX;
+  }
+  return static_cast<float>(value);
+}
+
+inline Pose2D toPose2D(const PoseD& p) {
+  return Pose2D(saturatedFloat(p.x), saturatedFloat(p.y), saturatedFloat(p.theta));
+}
+
+/// The pose at arc length `s` along `segment`, not clamped.
+PoseD segmentPoseAt(const Segment2D& segment, double s);
+
+}  // namespace Trajectory
+}  // namespace Math
+}  // namespace KR

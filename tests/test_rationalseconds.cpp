@@ -1,0 +1,56 @@
+// Durations as exact whole numbers of a period.
+#include <kr/math/rationalseconds.h>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <stdexcept>
+
+namespace {
+
+using namespace KR::Math;
+
+const RationalSeconds kPeriod(boost::rational<int>(1, 100));
+
+RationalSeconds seconds(int num, int den = 1) {
+  return RationalSeconds(boost::rational<int>(num, den));
+}
+
+struct RoundingCase {
+  float seconds;
+  RationalSeconds period;
+  RationalSeconds expected;
+};
+
+TEST(RationalSecondsTest, NearestWholePeriodExactly) {
+  const RoundingCase cases[] = {
+      {0.1f, kPeriod, seconds(1, 10)},
+      {0.013f, kPeriod, seconds(1, 100)},
+      {0.125f, seconds(1, 4), seconds(1, 4)},     // half a period rounds up
+      {-0.125f, seconds(1, 4), seconds(-1, 4)},   // and away from zero below
+      {0.375f, seconds(1, 4), seconds(1, 2)},
+      {0.1249f, seconds(1, 4), seconds(0)},
+      {2.0f, seconds(3, 7), seconds(15, 7)},       // 4.67 periods -> 5
+      {3e9f, seconds(INT_MAX), seconds(INT_MAX)},  // 1.4 periods -> 1
+  };
+  for (const RoundingCase& c : cases) {
+    EXPECT_EQ(rationalSecondsFromFloat(c.seconds, c.period).count(), c.expected.count())
+        << c.seconds;
+  }
+  EXPECT_DOUBLE_EQ(toSeconds(seconds(3, 8)), 0.375);
+}
+
+TEST(RationalSecondsTest, Throws) {
+  EXPECT_THROW(rationalSecondsFromFloat(1.0f, seconds(0)), std::runtime_error);
+  EXPECT_THROW(rationalSecondsFromFloat(1.0f, seconds(-1, 100)), std::runtime_error);
+  EXPECT_THROW(rationalSecondsFromFloat(std::nanf(""), kPeriod), std::runtime_error);
+  EXPECT_THROW(rationalSecondsFromFloat(-INFINITY, kPeriod), std::runtime_error);
+  EXPECT_THROW(rationalSecondsFromFloat(3e38f, kPeriod), std::runtime_error);
+  EXPECT_THROW(rationalSecondsFromFloat(2147483648.0f, seconds(1)), std::runtime_error);
+  // 3000.5 s is 3000509001.5 periods of 1/1000003 s: rounded up, the
+  // fraction 3000509002/1000003 does not reduce and its numerator is too big.
+  EXPECT_THROW(rationalSecondsFromFloat(3000.5f, seconds(1, 1000003)), std::runtime_error);
+}
+
+}  // namespace
