@@ -9,3 +9,9 @@ go to the logging logger "KRValueUtils".
 """
 
 from ._krvalueutils import *  # noqa: F401,F403
+
+from typing import List, Union
+
+#: A value as plain Python objects, as readers take them and writers return
+#: them: None (the invalid value), bool, int, float, str or a list of values.
+Value = Union[None, bool, int, float, str, List["Value"]]
