@@ -43,57 +43,90 @@ bool isNumpyObject(PyObject* object) {
   return std::strncmp(Py_TYPE(object)->tp_name, "numpy.", 6) == 0;
 }
 
-KR::KRValue convert(PyObject* object, std::vector<Py_ssize_t>& position);
+void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& position);
 
-KR::KRValue convertSequence(PyObject* sequence, std::vector<Py_ssize_t>& position) {
-  // PySequence_Fast items of a list or tuple are borrowed and stay valid
-  // while `fast` holds the sequence.
-  const py::object fast = py::reinterpret_steal<py::object>(PySequence_Fast(sequence, ""));
-  if (!fast) {
-    throw py::error_already_set();
-  }
-  const Py_ssize_t size = PySequence_Fast_GET_SIZE(fast.ptr());
+/// A list or tuple, element by element, written in place into `out`.
+void convertSequence(PyObject* sequence, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+  const bool isList = PyList_Check(sequence);
+  const Py_ssize_t size = isList ? PyList_GET_SIZE(sequence) : PyTuple_GET_SIZE(sequence);
   if (size > INT_MAX) {
     throw py::value_error(positionText(position) + " has more elements than a KRValue holds");
   }
-  PyObject** items = PySequence_Fast_ITEMS(fast.ptr());
-  KR::KRValue array;
-  array.arraySetSize(static_cast<int>(size));
+  out.arraySetSize(static_cast<int>(size));
+  if (size == 0) {
+    return;
+  }
+  // Elements are contiguous and stay in place while they are filled.
+  KR::KRValue* const elements = &out[0];
   position.push_back(0);
-  for (Py_ssize_t i = 0; i < size; ++i) {
+  // A list may shrink while a numpy element is converted: stop at its end.
+  for (Py_ssize_t i = 0; i < size && (!isList || i < PyList_GET_SIZE(sequence)); ++i) {
+    PyObject* const element =
+        isList ? PyList_GET_ITEM(sequence, i) : PyTuple_GET_ITEM(sequence, i);
+    // Floats, the bulk of record lists, without the general dispatch.
+    if (Py_IS_TYPE(element, &PyFloat_Type)) {
+      elements[i] = KR::KRValue(static_cast<float>(PyFloat_AS_DOUBLE(element)));
+      continue;
+    }
     position.back() = i;
-    array[static_cast<int>(i)] = convert(items[i], position);
+    // Our own reference: converting a numpy element runs Python code.
+    const py::object hold = py::reinterpret_borrow<py::object>(element);
+    convert(element, elements[i], position);
   }
   position.pop_back();
-  return array;
 }
 
+void convertNested(PyObject* sequence, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+  if (Py_EnterRecursiveCall(" while converting to a KRValue") != 0) {
+    throw py::error_already_set();
+  }
+  struct Leave {
+    ~Leave() { Py_LeaveRecursiveCall(); }
+  } leave;
+  convertSequence(sequence, out, position);
+}
+
+/// A numpy array as the list its tolist() gives, a numpy scalar as the
+/// Python number its item() gives.
 KR::KRValue convertNumpy(PyObject* object, std::vector<Py_ssize_t>& position) {
   const py::handle handle(object);
+  KR::KRValue value;
   if (py::hasattr(handle, "tolist") && py::hasattr(handle, "ndim") &&
       handle.attr("ndim").cast<int>() > 0) {
     const py::object list = handle.attr("tolist")();
-    return convert(list.ptr(), position);
+    convert(list.ptr(), value, position);
+    return value;
   }
-  const py::object item = handle.attr("item")();  // a numpy scalar as a Python number
+  const py::object item = handle.attr("item")();
   if (PyBool_Check(item.ptr()) || PyLong_Check(item.ptr()) || PyFloat_Check(item.ptr())) {
-    return convert(item.ptr(), position);
+    convert(item.ptr(), value, position);
+    return value;
   }
   throwUnsupported(object, position);
 }
 
-KR::KRValue convert(PyObject* object, std::vector<Py_ssize_t>& position) {
+void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
   if (object == Py_None) {
-    return KR::KRValue();
+    out.clear();
+    return;
+  }
+  // Lists and tuples first: their test reads a type flag, while a float
+  // test of a list walks its type's bases.
+  if (PyList_Check(object) || PyTuple_Check(object)) {
+    convertNested(object, out, position);
+    return;
   }
   if (PyBool_Check(object)) {
-    return KR::KRValue(object == Py_True);
-  }
-  if (PyFloat_Check(object)) {
-    return KR::KRValue(static_cast<float>(PyFloat_AS_DOUBLE(object)));
+    out = KR::KRValue(object == Py_True);
+    return;
   }
   if (PyLong_Check(object)) {
-    return intValue(object, position);
+    out = intValue(object, position);
+    return;
+  }
+  if (PyFloat_Check(object)) {
+    out = KR::KRValue(static_cast<float>(PyFloat_AS_DOUBLE(object)));
+    return;
   }
   if (PyUnicode_Check(object)) {
     Py_ssize_t size = 0;
@@ -101,19 +134,12 @@ KR::KRValue convert(PyObject* object, std::vector<Py_ssize_t>& position) {
     if (text == nullptr) {
       throw py::error_already_set();
     }
-    return KR::KRValue(std::string(text, static_cast<std::size_t>(size)));
-  }
-  if (PyList_Check(object) || PyTuple_Check(object)) {
-    if (Py_EnterRecursiveCall(" while converting to a KRValue") != 0) {
-      throw py::error_already_set();
-    }
-    struct Leave {
-      ~Leave() { Py_LeaveRecursiveCall(); }
-    } leave;
-    return convertSequence(object, position);
+    out = std::string(text, static_cast<std::size_t>(size));
+    return;
   }
   if (isNumpyObject(object)) {
-    return convertNumpy(object, position);
+    out = convertNumpy(object, position);
+    return;
   }
   throwUnsupported(object, position);
 }
@@ -131,7 +157,9 @@ py::object fromString(const std::string& text) {
 
 KR::KRValue toValue(py::handle object) {
   std::vector<Py_ssize_t> position;
-  return convert(object.ptr(), position);
+  KR::KRValue value;
+  convert(object.ptr(), value, position);
+  return value;
 }
 
 py::object fromValue(const KR::KRValue& value) {
