@@ -78,13 +78,24 @@ py::array_t<float> sampleTrajectory(const T::KRTrajectoryPose2D& trajectory,
   return toArray(states, 9);
 }
 
+/// A factory as Python owns it. The factories have virtual functions but no
+/// virtual destructor (they are never deleted through their base); marking
+/// the owned type final tells the compiler that deleting it is exact.
+template <typename Base>
+class Owned final : public Base {
+ public:
+  using Base::Base;
+};
+using Holonomic = Owned<T::HolonomicTrajectoryFactory>;
+using NonHolonomic = Owned<T::NonHolonomicTrajectoryFactory>;
+
 /// The factory a feeding reader fills: either kind.
 T::TrajectoryFactory& toFactory(py::handle object) {
-  if (py::isinstance<T::HolonomicTrajectoryFactory>(object)) {
-    return object.cast<T::HolonomicTrajectoryFactory&>();
+  if (py::isinstance<Holonomic>(object)) {
+    return object.cast<Holonomic&>();
   }
-  if (py::isinstance<T::NonHolonomicTrajectoryFactory>(object)) {
-    return object.cast<T::NonHolonomicTrajectoryFactory&>();
+  if (py::isinstance<NonHolonomic>(object)) {
+    return object.cast<NonHolonomic&>();
   }
   throw py::type_error(std::string("expected a HolonomicTrajectoryFactory or a "
                                    "NonHolonomicTrajectoryFactory, got ") +
@@ -164,24 +175,24 @@ py::class_<Factory> bindFactory(py::module_& m, const char* name, const char* do
 }
 
 void bindFactories(py::module_& m) {
-  bindFactory<T::HolonomicTrajectoryFactory>(
+  bindFactory<Holonomic>(
       m, "HolonomicTrajectoryFactory",
       "Holonomic trajectories: translation limits first, rotation limits second.")
       .def(
           "get_trajectory_builder",
-          [](const T::HolonomicTrajectoryFactory& factory, float rotation, py::handle duration) {
+          [](const Holonomic& factory, float rotation, py::handle duration) {
             return TrajectoryBuilder{
                 factory.getTrajectoryBuilder(rotation, toRationalSeconds(duration))};
           },
           py::arg("rotation"), py::arg("duration"),
           "A builder following the pieces while turning by `rotation` radians; `duration` a "
           "fractions.Fraction of seconds (0: the fastest).");
-  bindFactory<T::NonHolonomicTrajectoryFactory>(
+  bindFactory<NonHolonomic>(
       m, "NonHolonomicTrajectoryFactory",
       "Trajectories of a base facing along the path: linear limits first, angular second.")
       .def(
           "get_trajectory_builder",
-          [](const T::NonHolonomicTrajectoryFactory& factory, py::handle duration) {
+          [](const NonHolonomic& factory, py::handle duration) {
             return TrajectoryBuilder{factory.getTrajectoryBuilder(toRationalSeconds(duration))};
           },
           py::arg("duration"),
