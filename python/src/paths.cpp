@@ -1,0 +1,277 @@
+// Path and trajectory descriptions: readers that return builders (Python
+// callables), the paths and trajectories those make, and the trajectory
+// factories the feeding readers fill.
+#include "values.h"
+
+#include <kr/krvalueutils.h>
+
+#include <pybind11/stl.h>
+
+#include <boost/function.hpp>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace krpy {
+namespace {
+
+namespace M = KR::Math;
+namespace T = KR::Math::Trajectory;
+namespace VU = KR::ValueUtils;
+using KR::KRValue;
+
+/// A path builder of any kind, as the general path type.
+struct PathBuilder {
+  boost::function<T::KRPath2D*(const M::Pose2D&)> build;
+};
+
+/// A trajectory builder of any kind, as the general trajectory type.
+struct TrajectoryBuilder {
+  boost::function<T::KRTrajectoryPose2D*(const M::Pose2DPosVelAcc&)> build;
+};
+
+std::unique_ptr<T::KRPath2D> buildPath(const PathBuilder& builder, const M::Pose2D& start) {
+  const py::gil_scoped_release release;
+  return std::unique_ptr<T::KRPath2D>(builder.build(start));
+}
+
+std::unique_ptr<T::KRTrajectoryPose2D> buildTrajectory(const TrajectoryBuilder& builder,
+                                                       const M::Pose2DPosVelAcc& start) {
+  const py::gil_scoped_release release;
+  return std::unique_ptr<T::KRTrajectoryPose2D>(builder.build(start));
+}
+
+/// `count` poses evenly spaced by arc length from the start to the end, as
+/// a float32 array (count, 3).
+py::array_t<float> samplePath(const T::KRPath2D& path, py::ssize_t count) {
+  if (count < 0) {
+    throw py::value_error("the number of samples must not be negative");
+  }
+  std::vector<M::Pose2D> poses(static_cast<std::size_t>(count));
+  {
+    const py::gil_scoped_release release;
+    const double length = path.length();
+    for (py::ssize_t i = 0; i < count; ++i) {
+      const double s = count == 1 ? 0.0 : length * static_cast<double>(i) / (count - 1);
+      poses[static_cast<std::size_t>(i)] = path.poseAt(static_cast<float>(s));
+    }
+  }
+  return toArray(poses, 3);
+}
+
+/// The state at each of `times` (seconds), as a float32 array (N, 9).
+py::array_t<float> sampleTrajectory(const T::KRTrajectoryPose2D& trajectory,
+                                    const py::array_t<double, py::array::c_style |
+                                                                  py::array::forcecast>& times) {
+  if (times.ndim() != 1) {
+    throw py::type_error("times must be a sequence of numbers (one dimension)");
+  }
+  const double* t = times.data();
+  std::vector<M::Pose2DPosVelAcc> states(static_cast<std::size_t>(times.shape(0)));
+  {
+    const py::gil_scoped_release release;
+    for (std::size_t i = 0; i < states.size(); ++i) {
+      states[i] = trajectory.stateAt(t[i]);
+    }
+  }
+  return toArray(states, 9);
+}
+
+/// A factory as Python owns it. The factories have virtual functions but no
+/// virtual destructor (they are never deleted through their base); marking
+/// the owned type final tells the compiler that deleting it is exact.
+template <typename Base>
+class Owned final : public Base {
+ public:
+  using Base::Base;
+};
+using Holonomic = Owned<T::HolonomicTrajectoryFactory>;
+using NonHolonomic = Owned<T::NonHolonomicTrajectoryFactory>;
+
+/// The factory a feeding reader fills: either kind.
+T::TrajectoryFactory& toFactory(py::handle object) {
+  if (py::isinstance<Holonomic>(object)) {
+    return object.cast<Holonomic&>();
+  }
+  if (py::isinstance<NonHolonomic>(object)) {
+    return object.cast<NonHolonomic&>();
+  }
+  throw py::type_error(std::string("expected a HolonomicTrajectoryFactory or a "
+                                   "NonHolonomicTrajectoryFactory, got ") +
+                       Py_TYPE(object.ptr())->tp_name);
+}
+
+void bindObjects(py::module_& m) {
+  py::class_<T::KRPath2D, std::unique_ptr<T::KRPath2D>>(
+      m, "Path", "A planar path built at a start pose, measured by arc length (meters).")
+      .def_property_readonly("length", &T::KRPath2D::length, "total arc length in meters")
+      .def_property_readonly("start_pose", &T::KRPath2D::startPose, "the pose it was built at")
+      .def_property_readonly("end_pose", &T::KRPath2D::endPose,
+                             "the last point with the tangent heading there")
+      .def("pose_at", &T::KRPath2D::poseAt, py::arg("s"),
+           "The pose at arc length `s`, clamped into [0, length].")
+      .def("sample", &samplePath, py::arg("n"),
+           "`n` poses evenly spaced from start to end as a float32 array (n, 3): x, y, theta.");
+
+  py::class_<T::KRTrajectoryPose2D, std::unique_ptr<T::KRTrajectoryPose2D>>(
+      m, "Trajectory", "A timed planar motion from rest to rest.")
+      .def_property_readonly(
+          "duration", [](const T::KRTrajectoryPose2D& t) { return toFraction(t.duration()); },
+          "how long it lasts, a fractions.Fraction of seconds")
+      .def("state_at", &T::KRTrajectoryPose2D::stateAt, py::arg("t"),
+           "The Pose2DPosVelAcc `t` seconds after the start, clamped into [0, duration].")
+      .def("sample", &sampleTrajectory, py::arg("times"),
+           "The states at `times` (seconds) as a float32 array (N, 9): position x, y, theta, "
+           "then velocity, then acceleration.");
+
+  py::class_<PathBuilder>(m, "PathBuilder",
+                          "Makes a Path when called with a start Pose2D; owns what it needs.")
+      .def("__call__", &buildPath, py::arg("start"), "A new Path built at `start`.");
+
+  py::class_<TrajectoryBuilder>(
+      m, "TrajectoryBuilder", "Makes a Trajectory when called with a start state or pose.")
+      .def("__call__", &buildTrajectory, py::arg("start"),
+           "A new Trajectory from the start state (its velocity and acceleration are not used).")
+      .def(
+          "__call__",
+          [](const TrajectoryBuilder& builder, const M::Pose2D& start) {
+            return buildTrajectory(builder, M::Pose2DPosVelAcc(start, M::Pose2D(), M::Pose2D()));
+          },
+          py::arg("start"), "A new Trajectory from rest at the pose `start`.");
+}
+
+/// The constructor and the path pieces shared by both factory kinds.
+template <typename Factory>
+py::class_<Factory> bindFactory(py::module_& m, const char* name, const char* doc) {
+  py::class_<Factory> cls(m, name, doc);
+  cls.def(py::init([](py::handle first, py::handle second, py::handle period, float fraction) {
+            return Factory(toLimits(first), toLimits(second), toRationalSeconds(period),
+                           fraction);
+          }),
+          py::arg("first_limits"), py::arg("second_limits"), py::arg("period"),
+          py::arg("fraction_of_limits") = 1.0f,
+          "Limits are Limits(...) or (velocity, acceleration); `period` a fractions.Fraction.")
+      .def("add_line", &Factory::addLine, py::arg("end"), "Adds a straight line to `end`.")
+      .def("add_circle", &Factory::addCircle, py::arg("centre"), py::arg("angle"),
+           "Adds an arc about `centre` by `angle` radians.")
+      .def("add_flat", &Factory::addFlat, py::arg("first_centre"), py::arg("first_angle"),
+           py::arg("straight_end"), py::arg("second_centre"), py::arg("second_angle"),
+           "Adds an arc, a straight segment and an arc.")
+      .def_property_readonly(
+          "pieces",
+          [](const Factory& factory) {
+            std::vector<PathBuilder> pieces;
+            for (const auto& piece : factory.pieces()) {
+              pieces.push_back(PathBuilder{piece});
+            }
+            return pieces;
+          },
+          "path builders of the pieces added so far, in order")
+      .def_property_readonly(
+          "period", [](const Factory& factory) { return toFraction(factory.period()); },
+          "the controller's tick, a fractions.Fraction of seconds");
+  return cls;
+}
+
+void bindFactories(py::module_& m) {
+  bindFactory<Holonomic>(
+      m, "HolonomicTrajectoryFactory",
+      "Holonomic trajectories: translation limits first, rotation limits second.")
+      .def(
+          "get_trajectory_builder",
+          [](const Holonomic& factory, float rotation, py::handle duration) {
+            return TrajectoryBuilder{
+                factory.getTrajectoryBuilder(rotation, toRationalSeconds(duration))};
+          },
+          py::arg("rotation"), py::arg("duration"),
+          "A builder following the pieces while turning by `rotation` radians; `duration` a "
+          "fractions.Fraction of seconds (0: the fastest).");
+  bindFactory<NonHolonomic>(
+      m, "NonHolonomicTrajectoryFactory",
+      "Trajectories of a base facing along the path: linear limits first, angular second.")
+      .def(
+          "get_trajectory_builder",
+          [](const NonHolonomic& factory, py::handle duration) {
+            return TrajectoryBuilder{factory.getTrajectoryBuilder(toRationalSeconds(duration))};
+          },
+          py::arg("duration"),
+          "A builder following the pieces; `duration` a fractions.Fraction of seconds.");
+}
+
+/// The trajectory readers share their arguments: (value, name, period,
+/// first_limits, second_limits, factory_parameter) -> TrajectoryBuilder.
+template <typename Builder>
+void defTrajectoryReader(py::module_& m, const char* name,
+                         void (*reader)(const KRValue&, const std::string&,
+                                        const M::RationalSeconds&, const T::Limits&,
+                                        const T::Limits&, float, Builder&),
+                         const char* doc) {
+  m.def(
+      name,
+      [reader](const KRValue& value, const std::string& argument, py::handle period,
+               py::handle first, py::handle second, float parameter) {
+        const M::RationalSeconds periodSeconds = toRationalSeconds(period);
+        const T::Limits firstLimits = toLimits(first);
+        const T::Limits secondLimits = toLimits(second);
+        Builder builder;
+        reader(value, argument, periodSeconds, firstLimits, secondLimits, parameter, builder);
+        return TrajectoryBuilder{builder};
+      },
+      py::arg("value"), py::arg("name"), py::arg("period"), py::arg("first_limits"),
+      py::arg("second_limits"), py::arg("factory_parameter"), doc);
+}
+
+void bindReaders(py::module_& m) {
+  m.def(
+      "extract_direct_path2d_builder_from_krvalue",
+      [](const KRValue& value, const std::string& name) {
+        boost::function<T::KRDirectPath2D*(const M::Pose2D&)> builder;
+        VU::extractDirectPath2DBuilderFromKRValue(value, name, builder);
+        return PathBuilder{builder};
+      },
+      py::arg("value"), py::arg("name"),
+      "A \"Line\", \"Circle\" or \"Flat\" description as a PathBuilder.");
+  m.def(
+      "extract_path2d_builder_from_krvalue",
+      [](const KRValue& value, const std::string& name) {
+        PathBuilder builder;
+        VU::extractPath2DBuilderFromKRValue(value, name, builder.build);
+        return builder;
+      },
+      py::arg("value"), py::arg("name"), "A direct or \"Composed\" path as a PathBuilder.");
+  m.def(
+      "extract_direct_path2d_into_trajectory_factory",
+      [](const KRValue& value, const std::string& name, py::handle factory) {
+        VU::extractDirectPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+      },
+      py::arg("value"), py::arg("name"), py::arg("factory"),
+      "Adds one direct path to `factory` (nothing on failure).");
+  m.def(
+      "extract_path2d_into_trajectory_factory",
+      [](const KRValue& value, const std::string& name, py::handle factory) {
+        VU::extractPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+      },
+      py::arg("value"), py::arg("name"), py::arg("factory"),
+      "Adds a direct or composed path to `factory`, piece by piece (no rollback).");
+
+  defTrajectoryReader(m, "extract_direct_trajectory_pose2d_builder_from_krvalue",
+                      &VU::extractDirectTrajectoryPose2DBuilderFromKRValue,
+                      "A \"Holonomic\" or \"NonHolonomic\" description as a TrajectoryBuilder.");
+  defTrajectoryReader(m, "extract_trajectory_pose2d_composed_builder_from_krvalue",
+                      &VU::extractTrajectoryPose2DComposedBuilderFromKRValue,
+                      "A \"Composed\" trajectory description as a TrajectoryBuilder.");
+  defTrajectoryReader(m, "extract_trajectory_pose2d_builder_from_krvalue",
+                      &VU::extractTrajectoryPose2DBuilderFromKRValue,
+                      "A direct or composed trajectory description as a TrajectoryBuilder.");
+}
+
+}  // namespace
+
+void bindPaths(py::module_& m) {
+  bindObjects(m);
+  bindFactories(m);
+  bindReaders(m);
+}
+
+}  // namespace krpy

@@ -1,0 +1,246 @@
+// KR::KRValue to and from plain Python objects, and the shared argument
+// conversions of the module.
+#include "values.h"
+
+#include <climits>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace krpy {
+namespace {
+
+/// "value[2][0]": where in the argument the converter stands.
+std::string positionText(const std::vector<Py_ssize_t>& position) {
+  std::string text = "value";
+  for (const Py_ssize_t index : position) {
+    text += "[" + std::to_string(index) + "]";
+  }
+  return text;
+}
+
+[[noreturn]] void throwUnsupported(PyObject* object, const std::vector<Py_ssize_t>& position) {
+  throw py::type_error(positionText(position) + " is a " + Py_TYPE(object)->tp_name +
+                       "; a KRValue holds None, bool, int, float, str or a list");
+}
+
+/// An int object as a 32-bit int value; OverflowError beyond that range.
+KR::KRValue intValue(PyObject* object, const std::vector<Py_ssize_t>& position) {
+  int overflow = 0;
+  const long long number = PyLong_AsLongLongAndOverflow(object, &overflow);
+  if (number == -1 && PyErr_Occurred()) {
+    throw py::error_already_set();
+  }
+  if (overflow != 0 || number < INT_MIN || number > INT_MAX) {
+    PyErr_Format(PyExc_OverflowError, "%s is the int %S, outside a KRValue int's range [%d, %d]",
+                 positionText(position).c_str(), object, INT_MIN, INT_MAX);
+    throw py::error_already_set();
+  }
+  return KR::KRValue(static_cast<int>(number));
+}
+
+bool isNumpyObject(PyObject* object) {
+  return std::strncmp(Py_TYPE(object)->tp_name, "numpy.", 6) == 0;
+}
+
+void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& position);
+
+/// A list or tuple, element by element, written in place into `out`.
+void convertSequence(PyObject* sequence, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+  const bool isList = PyList_Check(sequence);
+  const Py_ssize_t size = isList ? PyList_GET_SIZE(sequence) : PyTuple_GET_SIZE(sequence);
+  if (size > INT_MAX) {
+    throw py::value_error(positionText(position) + " has more elements than a KRValue holds");
+  }
+  out.arraySetSize(static_cast<int>(size));
+  if (size == 0) {
+    return;
+  }
+  // Elements are contiguous and stay in place while they are filled.
+  KR::KRValue* const elements = &out[0];
+  position.push_back(0);
+  // A list may shrink while a numpy element is converted: stop at its end.
+  for (Py_ssize_t i = 0; i < size && (!isList || i < PyList_GET_SIZE(sequence)); ++i) {
+    PyObject* const element =
+        isList ? PyList_GET_ITEM(sequence, i) : PyTuple_GET_ITEM(sequence, i);
+    // Floats, the bulk of record lists, without the general dispatch.
+    if (Py_IS_TYPE(element, &PyFloat_Type)) {
+      elements[i] = KR::KRValue(static_cast<float>(PyFloat_AS_DOUBLE(element)));
+      continue;
+    }
+    position.back() = i;
+    // Our own reference: converting a numpy element runs Python code.
+    const py::object hold = py::reinterpret_borrow<py::object>(element);
+    convert(element, elements[i], position);
+  }
+  position.pop_back();
+}
+
+void convertNested(PyObject* sequence, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+  if (Py_EnterRecursiveCall(" while converting to a KRValue") != 0) {
+    throw py::error_already_set();
+  }
+  struct Leave {
+    ~Leave() { Py_LeaveRecursiveCall(); }
+  } leave;
+  convertSequence(sequence, out, position);
+}
+
+/// A numpy array as the list its tolist() gives, a numpy scalar as the
+/// Python number its item() gives.
+KR::KRValue convertNumpy(PyObject* object, std::vector<Py_ssize_t>& position) {
+  const py::handle handle(object);
+  KR::KRValue value;
+  if (py::hasattr(handle, "tolist") && py::hasattr(handle, "ndim") &&
+      handle.attr("ndim").cast<int>() > 0) {
+    const py::object list = handle.attr("tolist")();
+    convert(list.ptr(), value, position);
+    return value;
+  }
+  const py::object item = handle.attr("item")();
+  if (PyBool_Check(item.ptr()) || PyLong_Check(item.ptr()) || PyFloat_Check(item.ptr())) {
+    convert(item.ptr(), value, position);
+    return value;
+  }
+  throwUnsupported(object, position);
+}
+
+void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+  if (object == Py_None) {
+    out.clear();
+    return;
+  }
+  // Lists and tuples first: their test reads a type flag, while a float
+  // test of a list walks its type's bases.
+  if (PyList_Check(object) || PyTuple_Check(object)) {
+    convertNested(object, out, position);
+    return;
+  }
+  if (PyBool_Check(object)) {
+    out = KR::KRValue(object == Py_True);
+    return;
+  }
+  if (PyLong_Check(object)) {
+    out = intValue(object, position);
+    return;
+  }
+  if (PyFloat_Check(object)) {
+    out = KR::KRValue(static_cast<float>(PyFloat_AS_DOUBLE(object)));
+    return;
+  }
+  if (PyUnicode_Check(object)) {
+    Py_ssize_t size = 0;
+    const char* text = PyUnicode_AsUTF8AndSize(object, &size);
+    if (text == nullptr) {
+      throw py::error_already_set();
+    }
+    out = std::string(text, static_cast<std::size_t>(size));
+    return;
+  }
+  if (isNumpyObject(object)) {
+    out = convertNumpy(object, position);
+    return;
+  }
+  throwUnsupported(object, position);
+}
+
+py::object fromString(const std::string& text) {
+  PyObject* object =
+      PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace");
+  if (object == nullptr) {
+    throw py::error_already_set();
+  }
+  return py::reinterpret_steal<py::object>(object);
+}
+
+}  // namespace
+
+KR::KRValue toValue(py::handle object) {
+  std::vector<Py_ssize_t> position;
+  KR::KRValue value;
+  convert(object.ptr(), value, position);
+  return value;
+}
+
+py::object fromValue(const KR::KRValue& value) {
+  switch (value.getType()) {
+    case KR::KRValue::TypeBool:
+      return py::bool_(static_cast<bool>(value));
+    case KR::KRValue::TypeInt:
+      return py::int_(static_cast<int>(value));
+    case KR::KRValue::TypeFloat:
+      return py::float_(static_cast<double>(static_cast<float>(value)));
+    case KR::KRValue::TypeString:
+      return fromString(static_cast<const std::string&>(value));
+    case KR::KRValue::TypeArray:
+      break;
+    default:
+      return py::none();
+  }
+  if (Py_EnterRecursiveCall(" while converting a KRValue") != 0) {
+    throw py::error_already_set();
+  }
+  struct Leave {
+    ~Leave() { Py_LeaveRecursiveCall(); }
+  } leave;
+  const unsigned int size = value.getSize();
+  py::list list(size);
+  for (unsigned int i = 0; i < size; ++i) {
+    PyList_SET_ITEM(list.ptr(), i, fromValue(value[static_cast<int>(i)]).release().ptr());
+  }
+  return std::move(list);
+}
+
+py::array_t<float, py::array::c_style | py::array::forcecast> floatArray(py::handle object,
+                                                                        std::size_t k,
+                                                                        const char* what) {
+  using Array = py::array_t<float, py::array::c_style | py::array::forcecast>;
+  Array array;
+  try {
+    array = py::cast<Array>(object);
+  } catch (const py::cast_error&) {
+    array = Array();
+  }
+  const bool flat = k == 0;
+  const bool shapeOk = array && array.ndim() == (flat ? 1 : 2) &&
+                       (flat || array.shape(1) == static_cast<py::ssize_t>(k));
+  if (!shapeOk) {
+    const std::string shape = flat ? "(N,)" : "(N, " + std::to_string(k) + ")";
+    throw py::type_error(std::string("expected a sequence of ") + what +
+                         " or a float array of shape " + shape + ", got " +
+                         Py_TYPE(object.ptr())->tp_name);
+  }
+  return array;
+}
+
+KR::Math::RationalSeconds toRationalSeconds(py::handle object) {
+  if (!py::hasattr(object, "numerator") || !py::hasattr(object, "denominator")) {
+    throw py::type_error(std::string("a period is a fractions.Fraction of seconds, got ") +
+                         Py_TYPE(object.ptr())->tp_name);
+  }
+  const int numerator = object.attr("numerator").cast<int>();
+  const int denominator = object.attr("denominator").cast<int>();
+  return KR::Math::RationalSeconds(boost::rational<int>(numerator, denominator));
+}
+
+py::object toFraction(const KR::Math::RationalSeconds& seconds) {
+  // Looked up once and kept for the life of the process.
+  static const py::handle fraction =
+      py::object(py::module_::import("fractions").attr("Fraction")).release();
+  return fraction(seconds.count().numerator(), seconds.count().denominator());
+}
+
+KR::Math::Trajectory::Limits toLimits(py::handle object) {
+  if (py::isinstance<KR::Math::Trajectory::Limits>(object)) {
+    return object.cast<KR::Math::Trajectory::Limits>();
+  }
+  if (PyTuple_Check(object.ptr()) && PyTuple_GET_SIZE(object.ptr()) == 2) {
+    return KR::Math::Trajectory::Limits(py::cast<float>(PyTuple_GET_ITEM(object.ptr(), 0)),
+                                        py::cast<float>(PyTuple_GET_ITEM(object.ptr(), 1)));
+  }
+  throw py::type_error(std::string("limits are Limits(max_velocity, max_acceleration) or a "
+                                   "(velocity, acceleration) tuple, got ") +
+                       Py_TYPE(object.ptr())->tp_name);
+}
+
+}  // namespace krpy

@@ -1,0 +1,137 @@
+// Conversions shared by the translation units of the Python module: KR::KRValue
+// to and from plain Python objects, record lists to and from numpy arrays,
+// and the period and limits arguments of the trajectory readers.
+#pragma once
+
+#include <kr/krvalue.h>
+#include <kr/math/rationalseconds.h>
+#include <kr/math/trajectory/limits.h>
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+
+#include <cstddef>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace krpy {
+
+namespace py = pybind11;
+
+/// A plain Python object as a value: None, bool, int, float, str, list or
+/// tuple, numpy numbers and arrays. Anything else raises TypeError, an int
+/// beyond 32 bits OverflowError, both naming the type and the position
+/// ("value[2][0]").
+KR::KRValue toValue(py::handle object);
+
+/// A value as plain Python objects: None, bool, int, float, str and lists.
+py::object fromValue(const KR::KRValue& value);
+
+/// Values with at least this many elements are read with the GIL released.
+constexpr unsigned int kLargeValue = 1024;
+
+/// Releases the GIL for the lifetime of the returned object when `value` is a
+/// large array, so that other Python threads run while C++ reads it.
+class ReleaseIfLarge {
+ public:
+  explicit ReleaseIfLarge(const KR::KRValue& value) {
+    if (value.getSize() >= kLargeValue) {
+      release_.emplace();
+    }
+  }
+
+ private:
+  std::optional<py::gil_scoped_release> release_;
+};
+
+/// Records of K floats (or floats, K = 1) as a float32 array of shape (N, K);
+/// shape (N,) when `flat`.
+template <typename Record>
+py::array_t<float> toArray(const std::vector<Record>& records, std::size_t k, bool flat = false) {
+  static_assert(std::is_trivially_copyable<Record>::value, "records are copied as floats");
+  std::vector<py::ssize_t> shape{static_cast<py::ssize_t>(records.size())};
+  if (!flat) {
+    shape.push_back(static_cast<py::ssize_t>(k));
+  }
+  py::array_t<float> array(shape);
+  if (!records.empty()) {
+    std::memcpy(array.mutable_data(), records.data(), records.size() * sizeof(Record));
+  }
+  return array;
+}
+
+/// A float32 view of `object` with shape (N, k) (or (N,) when k is 0), or
+/// TypeError naming `what`.
+py::array_t<float, py::array::c_style | py::array::forcecast> floatArray(py::handle object,
+                                                                        std::size_t k,
+                                                                        const char* what);
+
+/// Writers' input: a sequence of Record objects, or anything numpy reads as
+/// an (N, K) array of numbers (columns in field order).
+template <typename Record, std::size_t K>
+std::vector<Record> toRecords(py::handle object, const char* what) {
+  static_assert(sizeof(Record) == K * sizeof(float), "a record is K floats");
+  std::vector<Record> records;
+  if (PyList_Check(object.ptr()) || PyTuple_Check(object.ptr())) {
+    const py::sequence sequence = py::reinterpret_borrow<py::sequence>(object);
+    if (sequence.size() == 0) {
+      return records;
+    }
+    if (py::isinstance<Record>(sequence[0])) {
+      records.reserve(sequence.size());
+      for (const py::handle element : sequence) {
+        records.push_back(element.cast<const Record&>());
+      }
+      return records;
+    }
+  }
+  const auto array = floatArray(object, K, what);
+  records.resize(static_cast<std::size_t>(array.shape(0)));
+  if (!records.empty()) {
+    std::memcpy(static_cast<void*>(records.data()), array.data(), records.size() * sizeof(Record));
+  }
+  return records;
+}
+
+/// A fractions.Fraction (or an int) of seconds as the trajectories' period.
+KR::Math::RationalSeconds toRationalSeconds(py::handle object);
+
+/// A RationalSeconds as a fractions.Fraction.
+py::object toFraction(const KR::Math::RationalSeconds& seconds);
+
+/// Limits(...) or a (max_velocity, max_acceleration) tuple.
+KR::Math::Trajectory::Limits toLimits(py::handle object);
+
+// The parts of the module, one per translation unit.
+void bindRecords(py::module_& m);
+void bindScalars(py::module_& m);
+void bindGeometry(py::module_& m);
+void bindState(py::module_& m);
+void bindPaths(py::module_& m);
+
+}  // namespace krpy
+
+namespace pybind11 {
+namespace detail {
+
+/// KR::KRValue arguments and results are plain Python objects (krpy::toValue
+/// and krpy::fromValue); a value that cannot be converted raises at once.
+template <>
+struct type_caster<KR::KRValue> {
+  PYBIND11_TYPE_CASTER(KR::KRValue, const_name("Value"));
+
+  bool load(handle source, bool) {
+    value = krpy::toValue(source);
+    return true;
+  }
+
+  static handle cast(const KR::KRValue& source, return_value_policy, handle) {
+    return krpy::fromValue(source).release();
+  }
+};
+
+}  // namespace detail
+}  // namespace pybind11
