@@ -8,6 +8,7 @@
 // text) up to the offending byte.
 #include <kr/krvaluetext.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -196,13 +197,80 @@ const char* tokenName(Token token) {
   return "<parse error>";
 }
 
-// Reads one value. Arrays being filled keep their elements on one shared
-// stack; a finished array takes its elements off the top in one block, so
-// nesting depth costs heap, not call stack, and no subtree is ever copied.
+// The bytes that matter when counting elements; all others are skipped in a
+// tight loop.
+constexpr std::array<bool, 256> structuralBytes() {
+  std::array<bool, 256> structural{};
+  structural['"'] = true;
+  structural['['] = true;
+  structural[']'] = true;
+  structural[','] = true;
+  return structural;
+}
+
+constexpr std::array<bool, 256> kStructural = structuralBytes();
+
+// How many elements each array of the text has, in the order the arrays
+// open: one quick pass over the structure that skips strings and counts the
+// commas at each level. For well-formed text the counts are exact; for
+// malformed text they are only a hint, as parsing then fails anyway.
+std::vector<std::uint32_t> countElements(const char* p, const char* end) {
+  std::vector<std::uint32_t> counts;
+  std::vector<std::size_t> open;  // index in `counts` of each open array
+  for (;;) {
+    while (p != end && !kStructural[static_cast<unsigned char>(*p)]) {
+      ++p;
+    }
+    if (p == end) {
+      return counts;
+    }
+    switch (*p++) {
+      case '"':
+        while (p != end && *p != '"') {
+          p += *p == '\\' && end - p > 1 ? 2 : 1;
+        }
+        if (p != end) {
+          ++p;
+        }
+        break;
+      case '[': {
+        const char* next = p;
+        while (next != end && isJsonWhitespace(*next)) {
+          ++next;
+        }
+        open.push_back(counts.size());
+        counts.push_back(next != end && *next != ']' ? 1 : 0);
+        break;
+      }
+      case ']':
+        if (!open.empty()) {
+          open.pop_back();
+        }
+        break;
+      case ',':
+        if (!open.empty()) {
+          ++counts[open.back()];
+        }
+        break;
+      default:
+        break;
+    }
+  }
+}
+
+// Reads one value. Each array is made at its final size as it opens, in
+// the place it will keep (its parent's element, or the result), and filled
+// element by element, so the finished tree is all that is allocated besides
+// the counts and the list of open arrays: nesting depth costs heap, not call
+// stack, and nothing is ever copied or moved a second time.
 class Parser {
  public:
   explicit Parser(const std::string& text)
-      : begin_(text.data()), end_(begin_ + text.size()), p_(begin_), readFrom_(begin_) {}
+      : begin_(text.data()),
+        end_(begin_ + text.size()),
+        p_(begin_),
+        readFrom_(begin_),
+        counts_(countElements(begin_, end_)) {}
 
   KRValue parse() {
     skipByteOrderMark();
@@ -214,7 +282,7 @@ class Parser {
       }
       // A value is complete: close arrays until one goes on.
       for (;;) {
-        token = scan();
+        token = open_.empty() ? scan() : scanInArray();
         if (open_.empty()) {
           if (token != Token::EndOfInput) {
             failToken(token, kExpectEnd);
@@ -253,16 +321,19 @@ class Parser {
       case Token::Number:
         put(integer_ ? KRValue(readInt()) : KRValue(readFloat()));
         return true;
-      case Token::BeginArray:
+      case Token::BeginArray: {
+        const std::uint32_t count = nextArray_ < counts_.size() ? counts_[nextArray_] : 0;
+        ++nextArray_;
+        KRValue& array = put(KRValue());
+        array.arraySetSize(static_cast<int>(count));
         token = scan();
         if (token == Token::EndArray) {
-          KRValue empty;
-          empty.arraySetSize(0);
-          put(std::move(empty));
+          array.arraySetSize(0);
           return true;
         }
-        open_.push_back(elements_.size());
+        open_.push_back({&array, 0});
         return false;
+      }
       case Token::BeginObject:
         fail("objects are not supported", offsetOf(tokenStart_), "");
       case Token::Error:
@@ -272,25 +343,29 @@ class Parser {
     }
   }
 
-  void put(KRValue&& value) {
+  // Stores a value in its place and returns that place.
+  KRValue& put(KRValue&& value) {
     if (open_.empty()) {
       result_ = std::move(value);
-    } else {
-      elements_.push_back(std::move(value));
+      return result_;
     }
+    OpenArray& top = open_.back();
+    // Only malformed text can hold more elements than counted; the array
+    // then grows, which is safe as all its elements are complete.
+    if (top.filled == top.array->getSize()) {
+      top.array->arraySetSize(static_cast<int>(top.filled + 1));
+    }
+    KRValue& place = (*top.array)[static_cast<int>(top.filled++)];
+    place = std::move(value);
+    return place;
   }
 
   void closeArray() {
-    const std::size_t first = open_.back();
-    open_.pop_back();
-    const std::size_t count = elements_.size() - first;
-    KRValue array;
-    array.arraySetSize(static_cast<int>(count));
-    for (std::size_t i = 0; i < count; ++i) {
-      array[static_cast<int>(i)] = std::move(elements_[first + i]);
+    const OpenArray& top = open_.back();
+    if (top.filled != top.array->getSize()) {
+      top.array->arraySetSize(static_cast<int>(top.filled));
     }
-    elements_.resize(first);
-    put(std::move(array));
+    open_.pop_back();
   }
 
   // ---- Tokens
@@ -312,10 +387,25 @@ class Parser {
     }
   }
 
-  Token scan() {
+  // scan() after an element of an array, where ',' and ']' are by far the
+  // most likely: those two are taken without the full dispatch.
+  Token scanInArray() {
+    skipWhitespace();
+    if (p_ != end_ && (*p_ == ',' || *p_ == ']')) {
+      tokenStart_ = p_;
+      return *p_++ == ',' ? Token::ValueSeparator : Token::EndArray;
+    }
+    return scan();
+  }
+
+  void skipWhitespace() {
     while (p_ != end_ && isJsonWhitespace(*p_)) {
       ++p_;
     }
+  }
+
+  Token scan() {
+    skipWhitespace();
     tokenStart_ = p_;
     if (p_ == end_) {
       return Token::EndOfInput;
@@ -657,8 +747,15 @@ class Parser {
   std::string string_;      // the string token, unescaped
   const char* errorAt_ = nullptr;
   const char* problem_ = "";
-  std::vector<KRValue> elements_;  // elements of the open arrays, innermost last
-  std::vector<std::size_t> open_;  // where each open array's elements start
+
+  // An array being filled, and how many of its elements are in place.
+  struct OpenArray {
+    KRValue* array;
+    std::uint32_t filled;
+  };
+  const std::vector<std::uint32_t> counts_;  // element counts, by order of opening
+  std::size_t nextArray_ = 0;                // the next array to open, in counts_
+  std::vector<OpenArray> open_;              // innermost last
   KRValue result_;
 };
 
