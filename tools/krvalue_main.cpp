@@ -103,9 +103,13 @@ void printList(Output& out) {
 }
 
 /// Writes out what is left; a failed write is reported and makes the status 3.
+/// (The path commands' factory calls go through std::cout, checked as well.)
 int finish(Output& out, int status) {
-  if (!out.flush()) {
-    std::cerr << "krvalue: cannot write the output: " << std::strerror(out.error()) << "\n";
+  const bool written = out.flush();
+  std::cout.flush();
+  if (!written || !std::cout) {
+    std::cerr << "krvalue: cannot write the output: "
+              << std::strerror(written ? EIO : out.error()) << "\n";
     return kToolFailure;
   }
   return status;
