@@ -101,13 +101,22 @@ KR::KRValue toValue(const KR::Math::Transform& t) {
 }
 
 template <typename T>
-KR::KRValue toValue(const std::vector<T>& list) {
-  KR::KRValue values;
-  values.arraySetSize(static_cast<int>(list.size()));
+void printJson(Output& out, const T& record) {
+  printValue(out, toValue(record));
+}
+
+/// The value text of a list, printed record by record rather than built as
+/// one value first: a long list costs no second tree.
+template <typename T>
+void printJson(Output& out, const std::vector<T>& list) {
+  out << '[';
   for (std::size_t i = 0; i < list.size(); ++i) {
-    values[static_cast<int>(i)] = toValue(list[i]);
+    if (i != 0) {
+      out << ", ";
+    }
+    printJson(out, list[i]);
   }
-  return values;
+  out << ']';
 }
 
 /// One record per line, "i: record", each line starting with `indent`
@@ -202,7 +211,7 @@ Reader recordReader(std::string name, std::string usage, ReadFunction<T> read) {
             T record;
             read(v, o.name, record);
             if (o.json) {
-              printValue(out, toValue(record));
+              printJson(out, record);
               return;
             }
             std::string text;
@@ -218,7 +227,7 @@ Reader listReader(std::string name, std::string usage, ReadFunction<std::vector<
             std::vector<T> records;
             read(v, o.name, records);
             if (o.json) {
-              printValue(out, toValue(records));
+              printJson(out, records);
             } else {
               printList(out, records, "");
             }
@@ -232,7 +241,7 @@ Reader groupReader(std::string name, std::string usage, GroupReadFunction<T> rea
             std::vector<std::vector<T>> groups;
             read(v, o.name, o.singleGroup, groups);
             if (o.json) {
-              printValue(out, toValue(groups));
+              printJson(out, groups);
             } else {
               printGroups(out, groups);
             }
