@@ -39,7 +39,7 @@ void appendFloat(std::string& out, float f) {
 
 // Length of the well-formed UTF-8 sequence starting at s[i] (a byte >= 0x80),
 // or 0 when none starts there. Rejects overlong forms, encoded surrogates and
-// code points above U+10FFFF, as nlohmann's reader does.
+// code points above U+10FFFF, as parseKRValue does.
 std::size_t utf8SequenceLength(const std::string& s, std::size_t i) {
   const auto byte = [&s](std::size_t k) { return static_cast<unsigned char>(s[k]); };
   const unsigned char lead = byte(i);

@@ -1,4 +1,5 @@
-// parseKRValue: a single pass over the text, without recursion.
+// parseKRValue: two passes over the text (counting, then reading), neither
+// of them recursive.
 //
 // The reader follows the JSON grammar of RFC 8259 and reports problems in the
 // words and at the byte offsets that the text form has always used: the
