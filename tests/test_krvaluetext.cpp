@@ -125,7 +125,10 @@ TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
   expectError({{"[1, 2", 5},  // ended too early: the length of the text
                {"tru", 3},
                {"[1, 2,]", 6},
-               {"[1] x", 4},  // nothing may follow the value
+               {"[1] x", 4},  // nothing may follow the value, a NUL byte included
+               {std::string("1\0junk", 6), 1},
+               {std::string("[1]\0", 4), 3},
+               {std::string("[1,\0]", 5), 3},
                {"NaN", 0},
                {"-Infinity", 1},
                {"// note\n1", 0},  // no comments
@@ -134,10 +137,20 @@ TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
                {"\"\xFF\"", 1},  // not UTF-8
                {"[\"\\ud800\"]", 8}},  // lone surrogate
               "syntax error");
-  // The detail says what was found, without nlohmann's own lead-in.
-  const std::string message = parseError("[1, 2,]");
-  EXPECT_NE(message.find("unexpected ']'"), std::string::npos) << message;
-  EXPECT_EQ(message.find("json.exception"), std::string::npos) << message;
+  // The detail says what was found and what was expected; "last read" runs
+  // from the last number or string token to the offending byte.
+  const std::pair<std::string, const char*> details[] = {
+      {"[1, 2,]", "syntax error at offset 6: unexpected ']'; expected '[', '{', or a literal"},
+      {"[1 2]", "syntax error at offset 3: unexpected number literal; expected ']'"},
+      {std::string("1\0junk", 6),
+       "syntax error at offset 1: invalid literal; last read: '1<U+0000>'; expected end of input"},
+      {"[\"a\", tru]", "syntax error at offset 9: invalid literal; last read: '\"a\", tru]'"},
+      {"\"\\ud800x\"", "syntax error at offset 7: invalid string: surrogate U+D800..U+DBFF "
+                       "must be followed by U+DC00..U+DFFF; last read: '\"\\ud800x'"},
+  };
+  for (const auto& [text, detail] : details) {
+    EXPECT_EQ(parseError(text), std::string("KRValue text: ") + detail);
+  }
 }
 
 TEST(PrintKRValue, Scalars) {
@@ -248,7 +261,7 @@ TEST(RoundTrip, RandomIntsFloatsAndBytes) {
     ASSERT_EQ(back[0], v[0]);
     ASSERT_EQ(back[1], v[1]);
     ASSERT_EQ(printKRValue(back), text);  // also tells -0.0 from 0.0
-    // nlohmann's reader judges UTF-8: what it accepts prints as it is.
+    // The reader judges UTF-8: what it accepts prints as it is.
     const bool valid = parseError("\"" + s + "\"") == kNoThrow;
     ASSERT_EQ(printKRValue(KRValue(s)) == "\"" + s + "\"", valid);
   }

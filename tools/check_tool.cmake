@@ -1,22 +1,38 @@
 # Runs the krvalue tool once for ctest and checks its exit status, its
-# standard output and, when FILE is given, how that file begins:
+# standard output, and on request its standard error and how a file begins:
 #   cmake -DTOOL=<krvalue> -DARGUMENTS=<list> -DSTATUS=<n> -DOUTPUT=<regex>
+#         [-DERRORS=<regex>] [-DINPUT_FILE=<path>] [-DOUTPUT_FILE=<path>]
 #         [-DFILE=<path> -DFILE_START=<regex>] -P check_tool.cmake
-# ctest's own PASS_REGULAR_EXPRESSION ignores the exit status, which these
-# checks need as well.
+# INPUT_FILE is given as standard input; OUTPUT_FILE takes standard output
+# instead (such as /dev/full, to see a write fail), and OUTPUT is then not
+# checked. ctest's own PASS_REGULAR_EXPRESSION ignores the exit status, which
+# these checks need as well.
 if(DEFINED FILE)
   file(REMOVE "${FILE}")
 endif()
 
+set(redirections)
+if(DEFINED INPUT_FILE)
+  list(APPEND redirections INPUT_FILE "${INPUT_FILE}")
+endif()
+if(DEFINED OUTPUT_FILE)
+  list(APPEND redirections OUTPUT_FILE "${OUTPUT_FILE}")
+else()
+  list(APPEND redirections OUTPUT_VARIABLE output)
+endif()
+
 execute_process(COMMAND "${TOOL}" ${ARGUMENTS}
+  ${redirections}
   RESULT_VARIABLE status
-  OUTPUT_VARIABLE output
   ERROR_VARIABLE errors)
 if(NOT status STREQUAL STATUS)
   message(FATAL_ERROR "exit status ${status}, expected ${STATUS}\nstdout:\n${output}\nstderr:\n${errors}")
 endif()
-if(NOT output MATCHES "${OUTPUT}")
+if(NOT DEFINED OUTPUT_FILE AND NOT output MATCHES "${OUTPUT}")
   message(FATAL_ERROR "standard output does not match '${OUTPUT}':\n${output}")
+endif()
+if(DEFINED ERRORS AND NOT errors MATCHES "${ERRORS}")
+  message(FATAL_ERROR "standard error does not match '${ERRORS}':\n${errors}")
 endif()
 
 if(DEFINED FILE)

@@ -22,6 +22,14 @@ const Commands& allCommands() {
 
 std::string formatFloat(float f) { return KR::printKRValue(KR::KRValue(f)); }
 
+std::string formatNumber(float f) {
+  std::string text;
+  appendNumber(text, f);
+  return text;
+}
+
+void printValue(Output& out, const KR::KRValue& value) { out << KR::printKRValue(value); }
+
 KR::KRValue parseInput(const std::string& text) {
   try {
     return KR::parseKRValue(text);

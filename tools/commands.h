@@ -1,6 +1,8 @@
 // The readers and writers that the krvalue tool can run, by short name.
 #pragma once
 
+#include "output.h"
+
 #include <kr/krvalue.h>
 
 #include <functional>
@@ -21,13 +23,21 @@ struct Options {
   bool skipSecond = false;      // --skip-second: the map reader's skipSecondElement
   std::string times = "[]";     // --times: value text of the control points' times
   float minTime = -3.4e38f;     // --min-time: control points earlier than this are dropped
+  bool json = false;            // --json: print a reader's result as value text
 };
 
-/// A reader: turns a value into its typed result and prints that result.
+/// Most repetitions of one bool that --count may ask for: a list the tool
+/// can still hold and print, checked before anything is allocated.
+constexpr unsigned int kMaxCount = 10000000;
+
+/// A reader: turns a value into its typed result and prints that result, in
+/// its own words or, with --json, as one line of value text. The whole
+/// result is read before anything is printed, so a failing reader prints
+/// nothing.
 struct Reader {
   std::string name;
   std::string usage;  // what the value looks like and what is printed
-  std::function<std::string(const KR::KRValue& value, const Options& options)> run;
+  std::function<void(const KR::KRValue& value, const Options& options, Output& out)> run;
 };
 
 /// A writer: takes its input text (usually a value read back by a reader),
@@ -59,6 +69,12 @@ void addMotionCommands(Commands& commands);
 /// A float as the value text prints it: shortest exact form, with a decimal
 /// point or an exponent ("3.0", "0.1", "1e+20").
 std::string formatFloat(float f);
+
+/// A float as the records print it: shortest exact form ("3", "0.1").
+std::string formatNumber(float f);
+
+/// Prints the value text of `value` (a reader's --json result).
+void printValue(Output& out, const KR::KRValue& value);
 
 /// Parses the value text of an input, failing with a usage error.
 KR::KRValue parseInput(const std::string& text);

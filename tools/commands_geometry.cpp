@@ -4,8 +4,9 @@
 #include <kr/krvaluetext.h>
 #include <kr/krvalueutils.h>
 
-#include <sstream>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace krvaluetool {
 namespace {
@@ -21,18 +22,52 @@ using GroupReadFunction = void (*)(const KR::KRValue&, const std::string&, const
 template <typename T>
 using WriteFunction = void (*)(const T&, KR::KRValue&);
 
-// Formatting. A record prints with its operator<<, a transform as its three
-// rows; the lines of a record after its first are indented by `indent`.
+// Formatting. A record prints as "Pose2D(x=1, y=2, theta=3)", every number
+// the shortest text that reads back to the same float; a transform prints
+// as its three rows. The lines of a record after its first are indented by
+// `indent`. With --json a record is the array of its floats in the order
+// the readers take them.
 
-std::string indentLines(const std::string& text, const std::string& indent) {
-  std::string result;
-  for (const char c : text) {
-    result += c;
-    if (c == '\n') {
-      result += indent;
-    }
-  }
-  return result;
+void field(std::string& text, const char* name, float number) {
+  text += name;
+  appendNumber(text, number);
+}
+
+void describe(std::string& text, const KR::Math::Position2D& p, const std::string&) {
+  field(text, "Position2D(x=", p.x);
+  field(text, ", y=", p.y);
+  text += ')';
+}
+
+void describe(std::string& text, const KR::Math::Pose2D& p, const std::string&) {
+  field(text, "Pose2D(x=", p.x);
+  field(text, ", y=", p.y);
+  field(text, ", theta=", p.theta);
+  text += ')';
+}
+
+void describe(std::string& text, const KR::Math::Pose2DAndTime& p, const std::string& indent) {
+  text += "Pose2DAndTime(";
+  describe(text, p.pose, indent);
+  field(text, ", time=", p.time);
+  text += ')';
+}
+
+void describe(std::string& text, const KR::Math::Position3D& p, const std::string&) {
+  field(text, "Position3D(x=", p.x);
+  field(text, ", y=", p.y);
+  field(text, ", z=", p.z);
+  text += ')';
+}
+
+void describe(std::string& text, const KR::Math::Position6D& p, const std::string&) {
+  field(text, "Position6D(x=", p.x);
+  field(text, ", y=", p.y);
+  field(text, ", z=", p.z);
+  field(text, ", wx=", p.wx);
+  field(text, ", wy=", p.wy);
+  field(text, ", wz=", p.wz);
+  text += ')';
 }
 
 std::string formatRow(float c1, float c2, float c3, float c4) {
@@ -40,42 +75,79 @@ std::string formatRow(float c1, float c2, float c3, float c4) {
          formatFloat(c4) + "]";
 }
 
-std::string describe(const KR::Math::Transform& t) {
-  return formatRow(t.r1_c1, t.r1_c2, t.r1_c3, t.r1_c4) + "\n" +
-         formatRow(t.r2_c1, t.r2_c2, t.r2_c3, t.r2_c4) + "\n" +
-         formatRow(t.r3_c1, t.r3_c2, t.r3_c3, t.r3_c4);
+void describe(std::string& text, const KR::Math::Transform& t, const std::string& indent) {
+  text += formatRow(t.r1_c1, t.r1_c2, t.r1_c3, t.r1_c4) + "\n" + indent +
+          formatRow(t.r2_c1, t.r2_c2, t.r2_c3, t.r2_c4) + "\n" + indent +
+          formatRow(t.r3_c1, t.r3_c2, t.r3_c3, t.r3_c4);
+}
+
+KR::KRValue toValue(const KR::Math::Position2D& p) { return KR::KRValue(std::vector<float>{p.x, p.y}); }
+
+KR::KRValue toValue(const KR::Math::Pose2D& p) {
+  return KR::KRValue(std::vector<float>{p.x, p.y, p.theta});
+}
+
+KR::KRValue toValue(const KR::Math::Pose2DAndTime& p) {
+  return KR::KRValue(std::vector<float>{p.pose.x, p.pose.y, p.pose.theta, p.time});
+}
+
+KR::KRValue toValue(const KR::Math::Position3D& p) { return KR::KRValue(p.toVector()); }
+
+KR::KRValue toValue(const KR::Math::Position6D& p) { return KR::KRValue(p.toVector()); }
+
+KR::KRValue toValue(const KR::Math::Transform& t) {
+  return KR::KRValue(std::vector<float>{t.r1_c1, t.r1_c2, t.r1_c3, t.r1_c4, t.r2_c1, t.r2_c2,
+                                        t.r2_c3, t.r2_c4, t.r3_c1, t.r3_c2, t.r3_c3, t.r3_c4});
 }
 
 template <typename T>
-std::string describe(const T& record) {
-  std::ostringstream out;
-  out << record;
-  return out.str();
+void printJson(Output& out, const T& record) {
+  printValue(out, toValue(record));
 }
 
-/// One record per line, "i: record".
+/// The value text of a list, printed record by record rather than built as
+/// one value first: a long list costs no second tree.
 template <typename T>
-std::string formatList(const std::vector<T>& list) {
-  std::string text;
+void printJson(Output& out, const std::vector<T>& list) {
+  out << '[';
   for (std::size_t i = 0; i < list.size(); ++i) {
-    const std::string label = std::to_string(i) + ": ";
-    text +=
-        (i ? "\n" : "") + label + indentLines(describe(list[i]), std::string(label.size(), ' '));
+    if (i != 0) {
+      out << ", ";
+    }
+    printJson(out, list[i]);
   }
-  return text;
+  out << ']';
+}
+
+/// One record per line, "i: record", each line starting with `indent`
+/// but the first.
+template <typename T>
+void printList(Output& out, const std::vector<T>& list, const std::string& indent) {
+  std::string line;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    line.clear();
+    if (i != 0) {
+      line += '\n';
+      line += indent;
+    }
+    const std::size_t labelStart = line.size();
+    line += std::to_string(i);
+    line += ": ";
+    describe(line, list[i], indent + std::string(line.size() - labelStart, ' '));
+    out << line;
+  }
 }
 
 /// "group i:", then its records indented.
 template <typename T>
-std::string formatGroups(const std::vector<std::vector<T>>& groups) {
-  std::string text;
+void printGroups(Output& out, const std::vector<std::vector<T>>& groups) {
   for (std::size_t i = 0; i < groups.size(); ++i) {
-    text += (i ? "\n" : "") + std::string("group ") + std::to_string(i) + ":";
+    out << (i ? "\n" : "") << "group " << i << ":";
     if (!groups[i].empty()) {
-      text += "\n  " + indentLines(formatList(groups[i]), "  ");
+      out << "\n  ";
+      printList(out, groups[i], "  ");
     }
   }
-  return text;
 }
 
 // Inputs that no single library reader takes.
@@ -134,28 +206,45 @@ void readPosVelAccs(const KR::KRValue& value, const std::string& name,
 
 template <typename T>
 Reader recordReader(std::string name, std::string usage, ReadFunction<T> read) {
-  return {std::move(name), std::move(usage), [read](const KR::KRValue& v, const Options& o) {
+  return {std::move(name), std::move(usage),
+          [read](const KR::KRValue& v, const Options& o, Output& out) {
             T record;
             read(v, o.name, record);
-            return describe(record);
+            if (o.json) {
+              printJson(out, record);
+              return;
+            }
+            std::string text;
+            describe(text, record, "");
+            out << text;
           }};
 }
 
 template <typename T>
 Reader listReader(std::string name, std::string usage, ReadFunction<std::vector<T>> read) {
-  return {std::move(name), std::move(usage), [read](const KR::KRValue& v, const Options& o) {
+  return {std::move(name), std::move(usage),
+          [read](const KR::KRValue& v, const Options& o, Output& out) {
             std::vector<T> records;
             read(v, o.name, records);
-            return formatList(records);
+            if (o.json) {
+              printJson(out, records);
+            } else {
+              printList(out, records, "");
+            }
           }};
 }
 
 template <typename T>
 Reader groupReader(std::string name, std::string usage, GroupReadFunction<T> read) {
-  return {std::move(name), std::move(usage), [read](const KR::KRValue& v, const Options& o) {
+  return {std::move(name), std::move(usage),
+          [read](const KR::KRValue& v, const Options& o, Output& out) {
             std::vector<std::vector<T>> groups;
             read(v, o.name, o.singleGroup, groups);
-            return formatGroups(groups);
+            if (o.json) {
+              printJson(out, groups);
+            } else {
+              printGroups(out, groups);
+            }
           }};
 }
 

@@ -5,6 +5,8 @@
 #include <kr/krvalueutils.h>
 
 #include <map>
+#include <string>
+#include <vector>
 
 namespace krvaluetool {
 namespace {
@@ -13,85 +15,102 @@ using namespace KR::ValueUtils;
 
 /// "[a, b, ...]", each entry formatted by `format`.
 template <typename List, typename Format>
-std::string formatBracketed(const List& list, Format format) {
-  std::string text = "[";
+void printBracketed(Output& out, const List& list, Format format) {
+  out << '[';
   bool first = true;
   for (const auto& entry : list) {
-    text += (first ? "" : ", ") + format(entry);
+    out << (first ? "" : ", ") << format(entry);
     first = false;
   }
-  return text + "]";
-}
-
-std::string formatFloats(const std::vector<float>& floats) {
-  return formatBracketed(floats, formatFloat);
+  out << ']';
 }
 
 /// Strings print quoted and escaped as the value text does, so that an empty
 /// string or one holding ", " stays visible.
 std::string formatString(const std::string& text) { return KR::printKRValue(KR::KRValue(text)); }
 
-std::string formatBool(bool b) { return b ? "true" : "false"; }
+const char* formatBool(bool b) { return b ? "true" : "false"; }
 
-/// "group i: [..]", one group per line.
-std::string formatGroups(const std::vector<std::vector<float>>& groups) {
-  std::string text;
-  for (std::size_t i = 0; i < groups.size(); ++i) {
-    text += (i ? "\n" : "") + std::string("group ") + std::to_string(i) + ": " +
-            formatFloats(groups[i]);
+/// "group i: [..]", one group per line; with --json the list of groups.
+void printGroups(Output& out, const Options& options,
+                 const std::vector<std::vector<float>>& groups) {
+  if (options.json) {
+    KR::KRValue value;
+    createKRValueFromVectorVectorFloat(groups, value);
+    if (groups.empty()) {
+      value.arraySetSize(0);
+    }
+    printValue(out, value);
+    return;
   }
-  return text;
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    out << (i ? "\n" : "") << "group " << i << ": ";
+    printBracketed(out, groups[i], formatFloat);
+  }
 }
 
-/// "key: value" per entry in key order, the value in its text form.
-std::string formatMap(const std::map<std::string, KR::KRValue>& map) {
-  std::string text;
+/// "key: value" per entry in key order, the value in its text form; with
+/// --json the list of [key, value] pairs in key order.
+void printMap(Output& out, const Options& options, const std::map<std::string, KR::KRValue>& map) {
+  if (options.json) {
+    KR::KRValue pairs;
+    pairs.arraySetSize(0);
+    for (const auto& entry : map) {
+      pairs.arrayPush(KR::KRValue::array(entry.first, entry.second));
+    }
+    printValue(out, pairs);
+    return;
+  }
   bool first = true;
   for (const auto& entry : map) {
-    text += (first ? "" : "\n") + entry.first + ": " + KR::printKRValue(entry.second);
+    out << (first ? "" : "\n") << entry.first << ": " << KR::printKRValue(entry.second);
     first = false;
   }
-  return text;
 }
 
 }  // namespace
 
 void addListCommands(Commands& c) {
   c.readers.push_back({"floats", "NUMBER or [NUMBER, ...]; prints the floats",
-                       [](const KR::KRValue& v, const Options& o) {
+                       [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<float> floats;
                          extractVectorFloatsFromKRValue(v, o.name, floats);
-                         return formatFloats(floats);
+                         printBracketed(out, floats, formatFloat);
                        }});
   c.readers.push_back({"float-groups",
                        "NUMBER, [NUMBER, ...], [[NUMBER, ...]] or a list of numbers and "
                        "lists; prints \"group i: [..]\" per group (uses --single-group)",
-                       [](const KR::KRValue& v, const Options& o) {
+                       [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<std::vector<float>> groups;
                          extractVectorFloatsFromKRValue(v, o.name, o.singleGroup, groups);
-                         return formatGroups(groups);
+                         printGroups(out, o, groups);
                        }});
   c.readers.push_back({"strings", "STRING or [STRING, ...]; prints the strings quoted",
-                       [](const KR::KRValue& v, const Options& o) {
+                       [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<std::string> strings;
                          extractVectorStringsFromKRValue(v, o.name, strings);
-                         return formatBracketed(strings, formatString);
+                         printBracketed(out, strings, formatString);
                        }});
   c.readers.push_back({"bools",
                        "BOOL or NUMBER (repeated --count times) or [BOOL, ...], other "
                        "elements skipped; prints the bools",
-                       [](const KR::KRValue& v, const Options& o) {
+                       [](const KR::KRValue& v, const Options& o, Output& out) {
+                         if (o.count > kMaxCount) {
+                           throw UsageError("--count " + std::to_string(o.count) +
+                                            " is more bools than the tool prints (at most " +
+                                            std::to_string(kMaxCount) + ")");
+                         }
                          std::vector<bool> bools;
                          extractVectorBoolsFromKRValue(v, o.count, o.name, bools);
-                         return formatBracketed(bools, formatBool);
+                         printBracketed(out, bools, formatBool);
                        }});
   c.readers.push_back({"key-value-map",
                        "[[KEY, VALUE], ...] or with --skip-second [[KEY, SKIPPED, VALUE], "
                        "...]; prints \"key: value\" per entry in key order",
-                       [](const KR::KRValue& v, const Options& o) {
+                       [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::map<std::string, KR::KRValue> map;
                          extractKeyValueMapFromKRValue(v, o.name, o.skipSecond, map);
-                         return formatMap(map);
+                         printMap(out, o, map);
                        }});
 }
 

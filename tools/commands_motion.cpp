@@ -6,7 +6,7 @@
 #include <kr/krvalueutils.h>
 #include <kr/math/interpolationkey.h>
 
-#include <sstream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -16,10 +16,32 @@ namespace {
 using namespace KR::ValueUtils;
 using KR::Math::Interpolation::Key;
 
+void describe(std::string& text, const KR::Math::Interpolation::Parameter& parameter) {
+  text += '(' + std::to_string(parameter.type) + ", ";
+  appendNumber(text, parameter.offset.x);
+  text += ", ";
+  appendNumber(text, parameter.offset.y);
+  text += ')';
+}
+
+/// "Key(value=20, first=(3, 0, 0), second=(3, 0.16666667, 0))".
 std::string describe(const Key& key) {
-  std::ostringstream out;
-  out << key;
-  return out.str();
+  std::string text = "Key(value=";
+  appendNumber(text, key.value);
+  text += ", first=";
+  describe(text, key.firstParam);
+  text += ", second=";
+  describe(text, key.secondParam);
+  return text + ")";
+}
+
+KR::KRValue toValue(const KR::Math::Interpolation::Parameter& parameter) {
+  return KR::KRValue::array(parameter.type, parameter.offset.x, parameter.offset.y);
+}
+
+/// [value, [type, x, y], [type, x, y]], as the key reader takes it.
+KR::KRValue toValue(const Key& key) {
+  return KR::KRValue::array(key.value, toValue(key.firstParam), toValue(key.secondParam));
 }
 
 /// --times: the control points' times, as [NUMBER, ...].
@@ -39,13 +61,23 @@ std::vector<float> readTimes(const std::string& text) {
   return times;
 }
 
-/// "dropped: true|false", then "time: key" per key.
-std::string formatControlPoints(bool dropped, const std::vector<std::pair<float, Key>>& keys) {
-  std::string text = std::string("dropped: ") + (dropped ? "true" : "false");
-  for (const auto& entry : keys) {
-    text += "\n" + formatFloat(entry.first) + ": " + describe(entry.second);
+/// "dropped: true|false", then "time: key" per key; with --json
+/// [dropped, [[time, key], ...]].
+void printControlPoints(Output& out, const Options& options, bool dropped,
+                        const std::vector<std::pair<float, Key>>& keys) {
+  if (options.json) {
+    KR::KRValue points;
+    points.arraySetSize(0);
+    for (const auto& entry : keys) {
+      points.arrayPush(KR::KRValue::array(entry.first, toValue(entry.second)));
+    }
+    printValue(out, KR::KRValue::array(dropped, points));
+    return;
   }
-  return text;
+  out << "dropped: " << (dropped ? "true" : "false");
+  for (const auto& entry : keys) {
+    out << "\n" << formatFloat(entry.first) << ": " << describe(entry.second);
+  }
 }
 
 /// Every [name, value] pair decoded in order into one list; starts as an
@@ -74,20 +106,24 @@ void addMotionCommands(Commands& c) {
   c.readers.push_back({"key",
                        "[VALUE, [TYPE, X, Y], [TYPE, X, Y]]; prints the Key, forcing an "
                        "unknown type to 3 with a warning",
-                       [](const KR::KRValue& v, const Options& o) {
+                       [](const KR::KRValue& v, const Options& o, Output& out) {
                          Key key;
                          extractKeyFromKRValue(v, o.name, key);
-                         return describe(key);
+                         if (o.json) {
+                           printValue(out, toValue(key));
+                         } else {
+                           out << describe(key);
+                         }
                        }});
   c.readers.push_back({"control-points",
                        "[NUMBER, ...] or [KEY, ...], one per time of --times; prints "
                        "\"dropped: true|false\" and \"time: key\" per key (uses --min-time)",
-                       [](const KR::KRValue& v, const Options& o) {
+                       [](const KR::KRValue& v, const Options& o, Output& out) {
                          const std::vector<float> times = readTimes(o.times);
                          std::vector<std::pair<float, Key>> keys;
                          const bool dropped =
                              extractVectorOfGenericControlPoints(times, v, o.name, o.minTime, keys);
-                         return formatControlPoints(dropped, keys);
+                         printControlPoints(out, o, dropped, keys);
                        }});
   c.writers.push_back(
       {"motion-config",

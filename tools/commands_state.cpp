@@ -71,21 +71,47 @@ std::string formatSequences(const std::vector<KR::Math::SupportSequence>& sequen
   return text;
 }
 
-std::string readRestRequests(const KR::KRValue& value, const Options& o) {
-  std::vector<KR::RestRequest> requests;
-  extractVectorRestRequestFromKRValue(value, o.name, requests);
-  return formatRequests(requests);
+KR::KRValue boolsValue(const std::vector<bool>& bools) {
+  KR::KRValue value;
+  value.arraySetSize(static_cast<int>(bools.size()));
+  for (std::size_t i = 0; i < bools.size(); ++i) {
+    value[static_cast<int>(i)] = static_cast<bool>(bools[i]);
+  }
+  return value;
 }
 
-std::string readReflexMode(const KR::KRValue& value, const Options&) {
+/// [name, [values], [flags]], as the support-sequence reader takes it.
+KR::KRValue sequenceValue(const KR::Math::SupportSequence& s) {
+  return KR::KRValue::array(s.name, KR::KRValue(s.values), boolsValue(s.flags));
+}
+
+void readRestRequests(const KR::KRValue& value, const Options& o, Output& out) {
+  std::vector<KR::RestRequest> requests;
+  extractVectorRestRequestFromKRValue(value, o.name, requests);
+  if (o.json) {
+    KR::KRValue written;
+    extractKRValueFromVectorRestRequest(requests, written);
+    printValue(out, written);
+    return;
+  }
+  out << formatRequests(requests);
+}
+
+void readReflexMode(const KR::KRValue& value, const Options& o, Output& out) {
   if (!value.isString()) {
     throw UsageError("a reflex mode is given as a string: \"Safe\", \"Immediate\" or \"Custom\"");
   }
-  return formatMode(KR::stringToRestReflexMode(static_cast<const std::string&>(value)));
+  const KR::REST_REFLEX_MODE mode =
+      KR::stringToRestReflexMode(static_cast<const std::string&>(value));
+  if (o.json) {
+    printValue(out, KR::KRValue(KR::restReflexModeToString(mode)));
+    return;
+  }
+  out << formatMode(mode);
 }
 
 /// Two requests read as a list of two, then compared both ways.
-std::string compareRestRequests(const KR::KRValue& value, const Options& o) {
+void compareRestRequests(const KR::KRValue& value, const Options& o, Output& out) {
   if (!value.isArray() || value.getSize() != 2) {
     throw UsageError("two rest requests are compared as [[NAMES, SECOND], [NAMES, SECOND]]");
   }
@@ -93,20 +119,37 @@ std::string compareRestRequests(const KR::KRValue& value, const Options& o) {
   extractVectorRestRequestFromKRValue(value, o.name, requests);
   const bool equal = requests[0] == requests[1];
   const bool equivalent = KR::restRequestsAreEquivalent(requests[0], requests[1]);
-  return std::string("equal: ") + (equal ? "true" : "false") +
-         "\nequivalent: " + (equivalent ? "true" : "false");
+  if (o.json) {
+    printValue(out, KR::KRValue::array(equal, equivalent));
+    return;
+  }
+  out << "equal: " << (equal ? "true" : "false")
+      << "\nequivalent: " << (equivalent ? "true" : "false");
 }
 
-std::string readSupportSequence(const KR::KRValue& value, const Options& o) {
+void readSupportSequence(const KR::KRValue& value, const Options& o, Output& out) {
   KR::Math::SupportSequence sequence;
   extractSupportSequenceFromKRValue(value, o.name, sequence);
-  return formatSequence(sequence, "");
+  if (o.json) {
+    printValue(out, sequenceValue(sequence));
+    return;
+  }
+  out << formatSequence(sequence, "");
 }
 
-std::string readSupportSequences(const KR::KRValue& value, const Options& o) {
+void readSupportSequences(const KR::KRValue& value, const Options& o, Output& out) {
   std::vector<KR::Math::SupportSequence> sequences;
   extractVectorSupportSequenceFromKRValue(value, o.name, sequences);
-  return formatSequences(sequences);
+  if (o.json) {
+    KR::KRValue values;
+    values.arraySetSize(0);
+    for (const KR::Math::SupportSequence& sequence : sequences) {
+      values.arrayPush(sequenceValue(sequence));
+    }
+    printValue(out, values);
+    return;
+  }
+  out << formatSequences(sequences);
 }
 
 std::string writeRestRequests(const std::string& input, const Options& o) {
@@ -140,7 +183,8 @@ void addStateCommands(Commands& c) {
                        readReflexMode});
   c.readers.push_back({"rest-request-comparison",
                        "[REQUEST, REQUEST], each as an element of rest-requests; prints "
-                       "whether they are equal and whether they are equivalent",
+                       "whether they are equal and whether they are equivalent (--json: "
+                       "[equal, equivalent])",
                        compareRestRequests});
   c.readers.push_back({"support-sequence",
                        "[NAME, FLOATS, BOOLS]; prints the name, the values and the flags",

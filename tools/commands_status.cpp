@@ -81,41 +81,87 @@ std::string formatMetricalData(const KR::Math::MetricalData& d) {
   return text + "\nduration " + std::to_string(d.duration.count()) + " ns";
 }
 
-std::string readTemperatureStatus(const KR::KRValue& value, const Options& o) {
-  KR::TemperatureStatus status;
-  extractTemperatureStatusFromKRValue(value, status, o.name);
-  return formatLevelAndNames(status.level, status.names);
+KR::KRValue namesValue(const std::set<std::string>& names) {
+  return KR::KRValue(std::vector<std::string>(names.begin(), names.end()));
 }
 
-std::string readDiagnosis(const KR::KRValue& value, const Options& o) {
+void printLevelAndNames(Output& out, const Options& o, int level,
+                        const std::set<std::string>& names) {
+  if (o.json) {
+    printValue(out, KR::KRValue::array(level, namesValue(names)));
+    return;
+  }
+  out << formatLevelAndNames(level, names);
+}
+
+void readTemperatureStatus(const KR::KRValue& value, const Options& o, Output& out) {
+  KR::TemperatureStatus status;
+  extractTemperatureStatusFromKRValue(value, status, o.name);
+  printLevelAndNames(out, o, status.level, status.names);
+}
+
+void readDiagnosis(const KR::KRValue& value, const Options& o, Output& out) {
   int level = 0;
   std::set<std::string> names;
   extractDiagnosisFromKRValue(value, level, names, o.name);
-  return formatLevelAndNames(level, names);
+  printLevelAndNames(out, o, level, names);
 }
 
-std::string readTouch(const KR::KRValue& value, const Options& o) {
+void readTouch(const KR::KRValue& value, const Options& o, Output& out) {
   std::map<std::string, bool> touch;
   extractTouchFromKRValue(value, o.name, touch);
-  return formatTouch(touch);
+  if (o.json) {
+    KR::KRValue entries;
+    entries.arraySetSize(0);
+    for (const auto& entry : touch) {
+      entries.arrayPush(KR::KRValue::array(entry.first, entry.second));
+    }
+    printValue(out, entries);
+    return;
+  }
+  out << formatTouch(touch);
 }
 
-std::string readTouchWithInts(const KR::KRValue& value, const Options& o) {
+void readTouchWithInts(const KR::KRValue& value, const Options& o, Output& out) {
   std::map<std::string, std::pair<bool, int>> touch;
   extractTouchFromKRValue(value, o.name, touch);
-  return formatTouch(touch);
+  if (o.json) {
+    KR::KRValue entries;
+    entries.arraySetSize(0);
+    for (const auto& entry : touch) {
+      entries.arrayPush(KR::KRValue::array(entry.first, entry.second.first, entry.second.second));
+    }
+    printValue(out, entries);
+    return;
+  }
+  out << formatTouch(touch);
 }
 
-std::string readNavigation(const KR::KRValue& value, const Options& o) {
+void readNavigation(const KR::KRValue& value, const Options& o, Output& out) {
   std::vector<KR::Math::Position2D> positions;
   extractNavigationFromKRValue(value, o.name, positions);
-  return formatPositions(positions);
+  if (o.json) {
+    KR::KRValue written;
+    extractKRValueFromVectorPosition2D(positions, written);
+    if (positions.empty()) {
+      written.arraySetSize(0);
+    }
+    printValue(out, written);
+    return;
+  }
+  out << formatPositions(positions);
 }
 
-std::string readMetricalData(const KR::KRValue& value, const Options& o) {
+void readMetricalData(const KR::KRValue& value, const Options& o, Output& out) {
   KR::Math::MetricalData data;
   extractMetricalDataFromKRValue(value, o.name, data);
-  return formatMetricalData(data);
+  if (o.json) {
+    KR::KRValue written;
+    extractKRValueFromMetricalData(data, written);
+    printValue(out, written);
+    return;
+  }
+  out << formatMetricalData(data);
 }
 
 std::string writeTemperatureStatus(const std::string& input, const Options& o) {

@@ -1,40 +1,80 @@
 // krvalue: runs the readers and writers of libkrvalueutils from a shell.
 //
-//   krvalue read READER 'VALUE' [--name NAME] [--field FIELD] [--min A --max B]
-//   krvalue write WRITER 'INPUT'
+//   krvalue read READER 'VALUE' [--name NAME] [--field FIELD] [--min A --max B] [--json]
+//   krvalue read READER --lines [options]      one value per line of standard input
+//   krvalue write WRITER 'INPUT' [options]     (or --lines)
 //   krvalue list
 //   krvalue path 'DESCRIPTION' [--start X,Y,THETA] [--name NAME] [--svg FILE]
 //       [--direct] [--factory]
 //   krvalue trajectory 'DESCRIPTION' [--start X,Y,THETA] [--period SECONDS]
 //       [--limits V,A] [--second-limits V,A] [--fraction F] [--kind any|direct|composed]
 //       [--name NAME] [--svg FILE]
+//   krvalue --version
 //
 // VALUE and DESCRIPTION are the JSON text form of a KR::KRValue ("-" reads
-// it from standard input). A reader prints its typed result; a failing one
-// prints the library's message and exits with status 1. Warnings go to
-// standard error. Unusable input (bad text, unknown reader, a malformed
-// option) exits with status 2.
+// it from standard input). Results go to standard output, everything else to
+// standard error: the library's message (exit status 1), unusable input such
+// as bad text, an unknown reader or a malformed option (status 2), a failure
+// to write the output or to get memory (status 3), and warnings.
 #include "commands.h"
+#include "output.h"
 #include "paths.h"
 
+#include <kr/krvaluetext.h>
 #include <zu/log.h>
 
 #include <CLI/CLI.hpp>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <functional>
 #include <iostream>
-#include <iterator>
+#include <new>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
 using krvaluetool::Options;
+using krvaluetool::Output;
 using krvaluetool::PathOptions;
 
-std::string readInput(const std::string& argument) {
-  if (argument != "-") {
-    return argument;
+// Exit statuses.
+constexpr int kLibraryError = 1;
+constexpr int kUnusableInput = 2;
+constexpr int kToolFailure = 3;
+
+/// Everything on standard input, read in large blocks.
+std::string readStandardInput() {
+  std::string text;
+  struct stat status;
+  if (fstat(0, &status) == 0 && S_ISREG(status.st_mode)) {
+    text.reserve(static_cast<std::size_t>(status.st_size) + 1);
   }
-  return std::string(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
+  char block[1 << 16];
+  for (;;) {
+    const ssize_t got = ::read(0, block, sizeof block);
+    if (got == 0) {
+      return text;
+    }
+    if (got < 0) {
+      if (errno == EINTR) {
+        continue;
+      }
+      throw krvaluetool::UsageError(std::string("cannot read standard input: ") +
+                                    std::strerror(errno));
+    }
+    text.append(block, static_cast<std::size_t>(got));
+  }
+}
+
+std::string readInput(const std::string& argument) {
+  return argument == "-" ? readStandardInput() : argument;
 }
 
 template <typename Command>
@@ -47,35 +87,126 @@ const Command* find(const std::vector<Command>& commands, const std::string& nam
   return nullptr;
 }
 
-void printList() {
+void printList(Output& out) {
   const krvaluetool::Commands& commands = krvaluetool::allCommands();
-  std::cout << "readers (krvalue read READER VALUE):\n";
+  out << "readers (krvalue read READER VALUE):\n";
   for (const auto& reader : commands.readers) {
-    std::cout << "  " << reader.name << "  " << reader.usage << "\n";
+    out << "  " << reader.name << "  " << reader.usage << "\n";
   }
-  std::cout << "writers (krvalue write WRITER INPUT):\n";
+  out << "writers (krvalue write WRITER INPUT):\n";
   for (const auto& writer : commands.writers) {
-    std::cout << "  " << writer.name << "  " << writer.usage << "\n";
+    out << "  " << writer.name << "  " << writer.usage << "\n";
   }
-  std::cout << "descriptions (krvalue path|trajectory DESCRIPTION, see --help):\n"
-            << "  path  a path description; prints its length, end pose and samples\n"
-            << "  trajectory  a trajectory description; prints its duration and states\n";
+  out << "descriptions (krvalue path|trajectory DESCRIPTION, see --help):\n"
+      << "  path  a path description; prints its length, end pose and samples\n"
+      << "  trajectory  a trajectory description; prints its duration and states\n";
 }
 
-// Runs a command, mapping the library's failures to status 1 and unusable
-// input to status 2.
-template <typename Body>
-int run(Body body) {
+/// Writes out what is left; a failed write is reported and makes the status 3.
+/// (The path commands' factory calls go through std::cout, checked as well.)
+int finish(Output& out, int status) {
+  const bool written = out.flush();
+  std::cout.flush();
+  if (!written || !std::cout) {
+    std::cerr << "krvalue: cannot write the output: "
+              << std::strerror(written ? EIO : out.error()) << "\n";
+    return kToolFailure;
+  }
+  return status;
+}
+
+/// Runs a command that prints to `out`. Returns the exit status; `message`
+/// gets what went wrong.
+int attempt(const std::function<void()>& body, std::string& message) {
   try {
-    std::cout << body() << "\n";
+    body();
     return 0;
   } catch (const krvaluetool::UsageError& e) {
-    std::cerr << "krvalue: " << e.what() << "\n";
-    return 2;
+    message = e.what();
+    return kUnusableInput;
+  } catch (const std::bad_alloc&) {
+    message = "out of memory";
+    return kToolFailure;
   } catch (const std::exception& e) {
-    std::cout << e.what() << "\n";
-    return 1;
+    message = e.what();
+    return kLibraryError;
   }
+}
+
+/// Runs one command on one input and prints its result followed by a newline,
+/// or its message on standard error.
+int runOnce(Output& out, const std::function<void(Output&)>& body) {
+  std::string message;
+  const int status = attempt([&] { body(out); }, message);
+  if (status != 0) {
+    // The library's message exactly as it was thrown; the tool's own
+    // messages name the tool.
+    std::cerr << (status == kLibraryError ? "" : "krvalue: ") << message << "\n";
+    return finish(out, status);
+  }
+  out << '\n';
+  return finish(out, 0);
+}
+
+/// "\rkrvalue: N lines, M failed" on standard error about once a second,
+/// when it is a terminal.
+class Progress {
+ public:
+  Progress() : shown_(isatty(2) != 0), last_(std::chrono::steady_clock::now()) {}
+
+  void update(std::size_t lines, std::size_t failed) {
+    if (!shown_) {
+      return;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last_ < std::chrono::seconds(1)) {
+      return;
+    }
+    last_ = now;
+    drawn_ = true;
+    std::cerr << "\rkrvalue: " << lines << " lines, " << failed << " failed" << std::flush;
+  }
+
+  void end(std::size_t lines, std::size_t failed) {
+    if (drawn_) {
+      std::cerr << "\rkrvalue: " << lines << " lines, " << failed << " failed\n";
+    }
+  }
+
+ private:
+  bool shown_;
+  bool drawn_ = false;
+  std::chrono::steady_clock::time_point last_;
+};
+
+/// --lines: each line of standard input is one input; each gives one line of
+/// output, its result as value text or {"error": MESSAGE, "status": N}. The
+/// exit status is the highest of the lines' statuses.
+int runLines(Output& out, const std::function<void(const std::string&, Output&)>& body) {
+  std::ios::sync_with_stdio(false);
+  Progress progress;
+  std::size_t lines = 0;
+  std::size_t failed = 0;
+  int worst = 0;
+  std::string line;
+  while (std::getline(std::cin, line)) {
+    std::string message;
+    const int status = attempt([&] { body(line, out); }, message);
+    if (status != 0) {
+      out << "{\"error\": " << KR::printKRValue(KR::KRValue(message)) << ", \"status\": " << status
+          << "}";
+      ++failed;
+      worst = std::max(worst, status);
+    }
+    out << '\n';
+    ++lines;
+    progress.update(lines, failed);
+    if (out.error() != 0) {
+      break;
+    }
+  }
+  progress.end(lines, failed);
+  return finish(out, worst);
 }
 
 void addOptions(CLI::App* command, Options& options) {
@@ -97,6 +228,7 @@ void addOptions(CLI::App* command, Options& options) {
       ->capture_default_str();
   command->add_option("--min-time", options.minTime,
                       "control points: points earlier than this are dropped");
+  command->add_flag("--json", options.json, "print a reader's result as value text");
 }
 
 void addPathOptions(CLI::App* command, PathOptions& options) {
@@ -132,19 +264,25 @@ int main(int argc, char** argv) {
 
   CLI::App app{"Reads and writes KR::KRValue arguments with libkrvalueutils"};
   app.require_subcommand(1);
+  app.set_version_flag("--version", std::string("krvalue ") + KR_VERSION);
 
   Options options;
   std::string commandName;
   std::string input;
+  bool lines = false;
 
   CLI::App* read = app.add_subcommand("read", "run a reader on a value");
   read->add_option("READER", commandName, "reader name (see: krvalue list)")->required();
-  read->add_option("VALUE", input, "value as JSON text, or - for standard input")->required();
+  read->add_option("VALUE", input, "value as JSON text, or - for standard input");
+  read->add_flag("--lines", lines,
+                 "read one value per line of standard input, print one line of value text "
+                 "or {\"error\": ..., \"status\": N} per line");
   addOptions(read, options);
 
   CLI::App* write = app.add_subcommand("write", "run a writer on its input");
   write->add_option("WRITER", commandName, "writer name (see: krvalue list)")->required();
-  write->add_option("INPUT", input, "input text, or - for standard input")->required();
+  write->add_option("INPUT", input, "input text, or - for standard input");
+  write->add_flag("--lines", lines, "read one input per line of standard input");
   addOptions(write, options);
 
   app.add_subcommand("list", "list every reader and writer");
@@ -169,37 +307,61 @@ int main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
-    // Help exits with 0; every malformed command line is unusable input.
-    return app.exit(e) == 0 ? 0 : 2;
+    // Help and --version exit with 0; every malformed command line is
+    // unusable input.
+    return app.exit(e) == 0 ? 0 : kUnusableInput;
   }
 
+  Output out;
   const krvaluetool::Commands& commands = krvaluetool::allCommands();
   if (app.got_subcommand("list")) {
-    printList();
-    return 0;
+    printList(out);
+    return finish(out, 0);
   }
-  if (path->parsed()) {
-    return run([&] {
-      return krvaluetool::runPath(krvaluetool::parseInput(readInput(input)), pathOptions);
+  if (path->parsed() || trajectory->parsed()) {
+    return runOnce(out, [&](Output& o) {
+      const KR::KRValue description = krvaluetool::parseInput(readInput(input));
+      o << (path->parsed() ? krvaluetool::runPath(description, pathOptions)
+                           : krvaluetool::runTrajectory(description, pathOptions));
     });
   }
-  if (trajectory->parsed()) {
-    return run([&] {
-      return krvaluetool::runTrajectory(krvaluetool::parseInput(readInput(input)), pathOptions);
-    });
+
+  const bool reading = read->parsed();
+  if (lines == (read->count("VALUE") + write->count("INPUT") != 0)) {
+    std::cerr << "krvalue: give either " << (reading ? "VALUE" : "INPUT") << " or --lines\n";
+    return kUnusableInput;
   }
-  if (read->parsed()) {
+  std::function<void(const std::string&, Output&)> body;
+  if (reading) {
     const krvaluetool::Reader* reader = find(commands.readers, commandName);
     if (reader == nullptr) {
       std::cerr << "krvalue: unknown reader '" << commandName << "' (see: krvalue list)\n";
-      return 2;
+      return kUnusableInput;
     }
-    return run([&] { return reader->run(krvaluetool::parseInput(readInput(input)), options); });
+    if (!lines) {
+      return runOnce(out, [&](Output& o) {
+        // The text is dropped once parsed: only the value is needed from here.
+        const KR::KRValue value = krvaluetool::parseInput(readInput(input));
+        reader->run(value, options, o);
+      });
+    }
+    // --lines prints every result as one line of value text.
+    options.json = true;
+    body = [reader, &options](const std::string& text, Output& o) {
+      reader->run(krvaluetool::parseInput(text), options, o);
+    };
+  } else {
+    const krvaluetool::Writer* writer = find(commands.writers, commandName);
+    if (writer == nullptr) {
+      std::cerr << "krvalue: unknown writer '" << commandName << "' (see: krvalue list)\n";
+      return kUnusableInput;
+    }
+    body = [writer, &options](const std::string& text, Output& o) {
+      o << writer->run(text, options);
+    };
   }
-  const krvaluetool::Writer* writer = find(commands.writers, commandName);
-  if (writer == nullptr) {
-    std::cerr << "krvalue: unknown writer '" << commandName << "' (see: krvalue list)\n";
-    return 2;
+  if (lines) {
+    return runLines(out, body);
   }
-  return run([&] { return writer->run(readInput(input), options); });
+  return runOnce(out, [&](Output& o) { body(readInput(input), o); });
 }

@@ -40,8 +40,13 @@ namespace KR {
 /// rounding to the nearest float. Magnitudes too small for a float read as
 /// denormals or as a zero of the token's sign; magnitudes that round beyond
 /// the largest float (3.4028235e38) are rejected. Whitespace may surround the
-/// value; anything else after it is an error. Comments, NaN and Infinity are
-/// not accepted.
+/// value; anything else after it, a NUL byte included, is an error. Comments,
+/// NaN and Infinity are not accepted; a UTF-8 byte order mark may open the
+/// text.
+///
+/// Cost: one pass to count the elements of every array and one to read; the
+/// tree is built in place at its final size, so besides the finished value
+/// parsing allocates only four bytes per array.
 ///
 /// Errors throw std::runtime_error with the message
 ///   "KRValue text: <problem> at offset <N>[: <detail>]"

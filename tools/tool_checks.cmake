@@ -1,0 +1,77 @@
+# Checks of the krvalue tool's conventions: where results and messages go,
+# exit statuses, number printing, --json, --lines, --version and the limits.
+# Included from this directory's CMakeLists.txt when tests are built.
+
+# kr_tool_check(<name> ARGUMENTS <args...> STATUS <n> [OUTPUT <regex>]
+#               [ERRORS <regex>] [INPUT <text>] [OUTPUT_FILE <path>])
+# INPUT is given on standard input; OUTPUT_FILE takes standard output.
+function(kr_tool_check name)
+  cmake_parse_arguments(ARG "" "STATUS;OUTPUT;ERRORS;INPUT;OUTPUT_FILE" "ARGUMENTS" ${ARGN})
+  set(options)
+  if(DEFINED ARG_ERRORS)
+    list(APPEND options "-DERRORS=${ARG_ERRORS}")
+  endif()
+  if(DEFINED ARG_INPUT)
+    set(input ${CMAKE_CURRENT_BINARY_DIR}/${name}.input)
+    file(WRITE ${input} "${ARG_INPUT}")
+    list(APPEND options -DINPUT_FILE=${input})
+  endif()
+  if(DEFINED ARG_OUTPUT_FILE)
+    list(APPEND options -DOUTPUT_FILE=${ARG_OUTPUT_FILE})
+  endif()
+  string(REPLACE ";" "$<SEMICOLON>" arguments "${ARG_ARGUMENTS}")
+  add_test(NAME ${name}
+    COMMAND ${CMAKE_COMMAND} -DTOOL=$<TARGET_FILE:krvalue_tool> "-DARGUMENTS=${arguments}"
+      -DSTATUS=${ARG_STATUS} "-DOUTPUT=${ARG_OUTPUT}" ${options}
+      -P ${CMAKE_CURRENT_SOURCE_DIR}/check_tool.cmake)
+endfunction()
+
+kr_tool_check(krvalue_version
+  ARGUMENTS --version
+  STATUS 0
+  OUTPUT "^krvalue [0-9]+\\.[0-9]+\\.[0-9]+\n$")
+
+# Results on standard output, every message on standard error.
+kr_tool_check(krvalue_library_message_on_stderr
+  ARGUMENTS read float "\"a\"" --name speed --field x
+  STATUS 1
+  OUTPUT "^$"
+  ERRORS "^speed x: Expected a float\n$")
+kr_tool_check(krvalue_trailing_bytes_are_unusable_input
+  ARGUMENTS read floats "[1, 2, 3] x"
+  STATUS 2
+  OUTPUT "^$"
+  ERRORS "^krvalue: KRValue text: syntax error at offset 10: invalid literal; last read: '3\\] x'; expected end of input\n$")
+kr_tool_check(krvalue_write_failure
+  ARGUMENTS read float 1
+  OUTPUT_FILE /dev/full
+  STATUS 3
+  ERRORS "^krvalue: cannot write the output: No space left on device\n$")
+kr_tool_check(krvalue_count_beyond_the_limit
+  ARGUMENTS read bools true --count 4000000000
+  STATUS 2
+  OUTPUT "^$"
+  ERRORS "^krvalue: --count 4000000000 is more bools than the tool prints \\(at most 10000000\\)\n$")
+kr_tool_check(krvalue_duration_wraps_with_a_warning
+  ARGUMENTS write duration 3000000000000000000
+  STATUS 0
+  OUTPUT "^\\[-1294967296, 0\\]\n$"
+  ERRORS "^krvalue: warning: 3000000000000000000 ns is 3000000000 s, outside the seconds' int range \\[-2147483648, 2147483647\\]; the seconds written wrap to -1294967296\n$")
+
+# Every number as the shortest text that reads back to the same float.
+kr_tool_check(krvalue_numbers_exact
+  ARGUMENTS read pose2ds "[[1639.205, 0, 123456.789], [0.1, -1e-45, 3.4028235e38]]"
+  STATUS 0
+  OUTPUT "^0: Pose2D\\(x=1639\\.205, y=0, theta=123456\\.79\\)\n1: Pose2D\\(x=0\\.1, y=-1e-45, theta=3\\.4028235e\\+38\\)\n$")
+kr_tool_check(krvalue_json
+  ARGUMENTS read pose2ds "[[1639.205, 0, 123456.789]]" --json
+  STATUS 0
+  OUTPUT "^\\[\\[1639\\.205, 0\\.0, 123456\\.79\\]\\]\n$")
+
+# One line out per line in; the status is the worst of the lines'.
+kr_tool_check(krvalue_lines
+  ARGUMENTS read pose2d --lines
+  INPUT "[1, 2, 3]\n[1, 2]\n[1, 2, 3] x\n"
+  STATUS 2
+  OUTPUT "^\\[1\\.0, 2\\.0, 3\\.0\\]\n{\"error\": \"KRMotion: value Pose2D is not valid\\. It has to be \\[x, y, theta\\]\\.\", \"status\": 1}\n{\"error\": \"KRValue text: syntax error at offset 10: invalid literal; last read: '3\\] x'; expected end of input\", \"status\": 2}\n$"
+  ERRORS "^$")
