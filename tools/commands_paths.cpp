@@ -92,7 +92,12 @@ RationalSeconds readPeriod(float seconds) {
 
 // Formatting the samples.
 
-std::string number(double value) { return svg::formatNumber(value, 3); }
+// Poses, lengths and times are floats of the geometry layer (sample points
+// are computed in double but stay far inside the float range): each prints
+// as the shortest text that reads back to the same float, as every reader does.
+std::string number(double value) {
+  return value == 0.0 ? "0" : formatNumber(static_cast<float>(value));  // no "-0"
+}
 
 std::string describe(const Pose2D& p) {
   return "Pose2D(x=" + number(p.x) + ", y=" + number(p.y) + ", theta=" + number(p.theta) + ")";
