@@ -61,14 +61,10 @@ const std::vector<std::pair<std::string, std::string>> kCommonFailures = {
     {"[]", "KRMotion: p KRValue is empty."},
     {"null", "KRMotion: p KRValue is invalid."},
     {R"(["Line", [1, 2], 3])", "pInvalid Path2DStraightLine KRValue"},
-    {R"(["Line"])", "pInvalid Path2DStraightLine KRValue"},
     // The size is checked before any element is read.
     {R"(["Circle", "a"])", "pInvalid Path2DArcOfCircle KRValue"},
-    {R"(["Circle", [0, 1], 1, 2])", "pInvalid Path2DArcOfCircle KRValue"},
     {R"(["Flat", [0, 0], 1, [0, 0], [0, 0]])", "pInvalid Path2DFlat KRValue"},
-    {R"(["Flat", [0, 0], 1, [0, 0], [0, 0], 1, 1])", "pInvalid Path2DFlat KRValue"},
     {R"(["line", [1, 2]])", "p Unknown DirectPath2D type"},
-    {R"(["Arc", [1, 2], 1])", "p Unknown DirectPath2D type"},
     // Elements: the position reader's and the float reader's own messages,
     // in array order.
     {R"(["Line", 5])", "KRMotion: p KRValue is not an array."},
@@ -77,7 +73,6 @@ const std::vector<std::pair<std::string, std::string>> kCommonFailures = {
     {R"(["Circle", [0, true], null])", "p y: Expected a float"},
     {R"(["Flat", [0, 0], null, "a", [0, 0], "b"])",
      "p KRValue: Expected a float but found an invalid KRValue"},
-    {R"(["Flat", [0, 0], 1, [0, 0], [0, "y"], "b"])", "p y: Expected a float"},
     {R"(["Flat", [0, 0], 1, [0, 0], [0, 0], "b"])", "p KRValue: Expected a float"},
 };
 
@@ -107,7 +102,6 @@ TEST(PathDescriptions, DirectAndGeneralFunctionsWordTheTypeChecksDifferently) {
     std::string direct, general;
   } rows[] = {
       {"[3, [1, 2]]", "p Wrong DirectPath2D type format", "p Wrong Path2D type format"},
-      {R"([["Line"], [1, 2]])", "p Wrong DirectPath2D type format", "p Wrong Path2D type format"},
       {R"(["Composed", ["Line", [1, 2]]])", "p Unknown DirectPath2D type", kNoThrow},
   };
   for (const auto& row : rows) {
@@ -210,9 +204,7 @@ TEST(PathDescriptions, AComposedBuilderChainsItsPieces) {
   extractPath2DBuilderFromKRValue(parse(R"(["Composed", ["Line", [1, 0]], ["Line", [0, 2]]])"),
                                   "p", builder);
   const std::unique_ptr<KRPath2D> path(builder(Pose2D()));
-  auto* composed = dynamic_cast<KRPath2DComposed*>(path.get());
-  ASSERT_NE(composed, nullptr);
-  EXPECT_EQ(composed->pieces().size(), 2u);
+  ASSERT_NE(dynamic_cast<KRPath2DComposed*>(path.get()), nullptr);
   EXPECT_NEAR(path->length(), 3.0f, 1e-6);
   EXPECT_NEAR(path->endPose().x, 1.0f, 1e-6);
   EXPECT_NEAR(path->endPose().y, 2.0f, 1e-6);
