@@ -142,10 +142,4 @@ bool succeeds(Call&& call) {
   return !failure(std::forward<Call>(call));
 }
 
-/// A failure reading one number ("<name> <field>: Expected a float"), the
-/// only failure after which a record reader may have written to its output.
-inline bool isFieldFailure(const std::string& message) {
-  return message.find(": Expected a ") != std::string::npos;
-}
-
 }  // namespace krfuzz

@@ -52,6 +52,29 @@ TEST(ZuLog, CategoryLevelFiltersRecords) {
   }
 }
 
+TEST(ZuLog, CategoriesAreRegisteredOnceNullHandlesAreHarmless) {
+  std::string name = freshName("test.cat");
+  const std::string original = name;
+  CategoryType a = addCategory(name.c_str());
+  name[0] = 'x';  // the registry keeps its own copy of the name
+  EXPECT_EQ(categoryName(a), original);
+  setCategoryLevel(a, error);
+  EXPECT_EQ(addCategory(original.c_str()), a);
+  EXPECT_EQ(categoryLevel(a), error);  // re-adding does not reset the level
+  EXPECT_EQ(addCategory(nullptr), nullptr);
+  EXPECT_EQ(categoryName(nullptr) + levelName(categoryLevel(nullptr)), "silent");
+  log(fatal, nullptr, "m", "f", "fn", 1);
+}
+
+TEST(ZuLog, TheConsoleHandlerPrintsLevelLetterCategoryAndText) {
+  for (int level = fatal; level <= debug; ++level) {
+    testing::internal::CaptureStderr();
+    consoleHandler(Record{static_cast<Level>(level), "cat", "a text", "f.cpp", "fn", 3});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              std::string("[") + "FEWIVD"[level - 1] + "] cat: a text\n");
+  }
+}
+
 TEST(ZuLog, HandlersRunInSubscriptionOrderUntilUnsubscribed) {
   std::vector<int> calls;
   const auto handler = [&](int n) { return [&calls, n](const Record&) { calls.push_back(n); }; };
