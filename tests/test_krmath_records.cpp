@@ -116,6 +116,11 @@ TEST(RecordConversions, VectorsInFieldOrder) {
   for (std::size_t i = 0; i < 12; ++i) t.*kFields[i] = static_cast<float>(i + 1);
   EXPECT_EQ(t.toVector(), (std::vector<float>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0, 0, 0, 1}));
   EXPECT_EQ(Position3D(1, -2, 3.5f).toVector(), (std::vector<float>{1, -2, 3.5f}));
+  // Comparisons take every part into account.
+  const Pose2DPosVelAcc state(Pose2D(1, 2, 3), Pose2D(4, 5, 6), Pose2D(7, 8, 9));
+  EXPECT_TRUE(state == Pose2DPosVelAcc(state));
+  EXPECT_FALSE(state == Pose2DPosVelAcc(Pose2D(1, 2, 3), Pose2D(4, 5, 6), Pose2D(7, 8, 0)));
+  EXPECT_FALSE(Pose2DAndTime(Pose2D(1, 2, 3), 4) != Pose2DAndTime(Pose2D(1, 2, 3), 4));
   const std::vector<float> six = {1, 2, 3, -4, 5.5f, 6};
   EXPECT_EQ(Position6D(six), Position6D(1, 2, 3, -4, 5.5f, 6));
   EXPECT_EQ(Position6D(six).toVector(), six);

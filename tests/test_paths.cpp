@@ -23,32 +23,27 @@ using namespace KR::ValueUtils;
 
 KRValue parse(const std::string& text) { return KR::parseKRValue(text); }
 
-// A factory that only writes down the calls it receives.
+// A factory that only writes down the calls it receives, one line each.
 class RecordingFactory : public TrajectoryFactory {
  public:
   RecordingFactory()
       : TrajectoryFactory(Limits(1, 1), Limits(1, 1),
                           KR::Math::RationalSeconds(boost::rational<int>(1, 100)), 1.0f) {}
-
-  void addLine(const Position2D& p) override { record() << "line " << p; }
-  void addCircle(const Position2D& p, float f) override { record() << "circle " << p << " " << f; }
+  void addLine(const Position2D& p) override { record("line", p); }
+  void addCircle(const Position2D& p, float f) override { record("circle", p, f); }
   void addFlat(const Position2D& p1, float f2, const Position2D& p3, const Position2D& p4,
                float f5) override {
-    record() << "flat " << p1 << " " << f2 << " " << p3 << " " << p4 << " " << f5;
+    record("flat", p1, f2, p3, p4, f5);
   }
-
-  std::vector<std::string> calls() const {
-    std::vector<std::string> lines;
-    std::istringstream in(log_.str());
-    for (std::string line; std::getline(in, line);) {
-      lines.push_back(line);
-    }
-    return lines;
-  }
+  std::vector<std::string> calls;
 
  private:
-  std::ostream& record() { return log_ << (log_.tellp() > 0 ? "\n" : ""); }
-  std::ostringstream log_;
+  template <typename... T>
+  void record(const T&... parts) {
+    std::ostringstream line;
+    ((line << parts << ' '), ...);
+    calls.push_back(line.str());
+  }
 };
 
 // Stand in the caller's builder before a call, to see whether it was replaced.
@@ -92,7 +87,7 @@ TEST(PathDescriptions, EveryFunctionRejectsWithTheSameMessageAndChangesNothing) 
               row.second);
     EXPECT_NE(direct.target<decltype(kPreviousDirect)>(), nullptr);
     EXPECT_NE(path.target<decltype(kPreviousPath)>(), nullptr);
-    EXPECT_TRUE(factory.calls().empty());
+    EXPECT_TRUE(factory.calls.empty());
   }
 }
 
@@ -127,11 +122,11 @@ TEST(PathDescriptions, AFactoryIsFedPieceByPieceInArrayOrder) {
                 ["Flat", [1, 2], 3, [4, 5], [6, 7], 8]])"),
       "p", factory);
   extractDirectPath2DIntoTrajectoryFactory(parse(R"(["Line", [-1, 0.25]])"), "p", factory);
-  EXPECT_EQ(factory.calls(),
+  EXPECT_EQ(factory.calls,
             (std::vector<std::string>{
-                "line Position2D(x=1, y=2)", "circle Position2D(x=0, y=1) 1.5",
-                "flat Position2D(x=1, y=2) 3 Position2D(x=4, y=5) Position2D(x=6, y=7) 8",
-                "line Position2D(x=-1, y=0.25)"}));
+                "line Position2D(x=1, y=2) ", "circle Position2D(x=0, y=1) 1.5 ",
+                "flat Position2D(x=1, y=2) 3 Position2D(x=4, y=5) Position2D(x=6, y=7) 8 ",
+                "line Position2D(x=-1, y=0.25) "}));
 }
 
 TEST(PathDescriptions, AFailingPieceOfAComposedPathKeepsTheEarlierPiecesInTheFactory) {
@@ -139,7 +134,7 @@ TEST(PathDescriptions, AFailingPieceOfAComposedPathKeepsTheEarlierPiecesInTheFac
   RecordingFactory factory;
   EXPECT_EQ(messageOf([&] { extractPath2DIntoTrajectoryFactory(parse(text), "p", factory); }),
             "pInvalid Path2DArcOfCircle KRValue");
-  EXPECT_EQ(factory.calls(), std::vector<std::string>{"line Position2D(x=1, y=0)"});
+  EXPECT_EQ(factory.calls, std::vector<std::string>{"line Position2D(x=1, y=0) "});
 
   Path2DBuilder path = kPreviousPath;
   EXPECT_EQ(messageOf([&] { extractPath2DBuilderFromKRValue(parse(text), "p", path); }),
@@ -151,7 +146,7 @@ TEST(PathDescriptions, AnEmptyComposedPathIsABuilderButNotAFactoryPath) {
   RecordingFactory factory;
   EXPECT_EQ(messageOf([&] { extractPath2DIntoTrajectoryFactory(parse(R"(["Composed"])"), "p", factory); }),
             "p Empty Composed Path2D");
-  EXPECT_TRUE(factory.calls().empty());
+  EXPECT_TRUE(factory.calls.empty());
 
   Path2DBuilder builder;
   extractPath2DBuilderFromKRValue(parse(R"(["Composed"])"), "p", builder);

@@ -88,6 +88,12 @@ TEST(TrajectoryDescriptions, MessagesInTheOrderOfTheChecks) {
   expectMessages(R"(["Holonomic", ["Line", [1]], "a", "b"])",
                  "KRMotion: t Position2D is not valid. It has to be [x, y].", kWrongComposed,
                  "KRMotion: t Position2D is not valid. It has to be [x, y].");
+  // Seconds that no fraction of ints holds, and seconds too many periods long.
+  const std::string seconds =
+      "A duration of 10000000000.000000 seconds does not fit an exact fraction of ints.";
+  expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], 1e10])", seconds, kWrongComposed, seconds);
+  const std::string periods = "300000000000 periods of 1/100 s do not fit an exact fraction of ints.";
+  expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], 3e9])", periods, kWrongComposed, periods);
   expectMessages(R"(["Holonomic", ["Line", [1, 0]], null, "b"])",
                  "t KRValue: Expected a float but found an invalid KRValue", kWrongComposed,
                  "t KRValue: Expected a float but found an invalid KRValue");
