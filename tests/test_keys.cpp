@@ -63,6 +63,7 @@ TEST(Key, ReadsOrFailsOnTheFirstCheckInOrderLeavingTheKeyUntouched) {
           {"[\"x\", [3, 0], [3, 0, 0]]", kFirst, s},  // shape before types
           {"[1, [3, 0, 0], [3, 0]]", kPrefix + " Malformed Control Point Second" + kParam, s},
           {"[1, [3.0, 0, 0], [3, 0, 0]]", kTypes, s},
+          {"[1, [3, \"a\", 0], [3, 0, 0]]", kTypes, s},
           {"[1, [3, 0, 0], [3, 0, [1]]]", kTypes, s},
       });
 }

@@ -138,6 +138,9 @@ TEST(RestRequestEquivalence, NamesInAnyOrderAnglesByFirstOccurrence) {
   // Same modes, different multiplicities.
   EXPECT_FALSE(KR::restRequestsAreEquivalent(request({"A", "A", "B"}, ab, {1, 1, 2}),
                                              request({"A", "B", "B"}, ab, {1, 2, 2})));
+  // Without angles only names and modes count.
+  EXPECT_TRUE(KR::restRequestsAreEquivalent(request({"A", "B"}, {{"A", S}, {"B", I}}),
+                                            request({"B", "A"}, {{"A", S}, {"B", I}})));
   // A name listed twice in b is compared with the angle of its first
   // occurrence, so the second A of b (5) is never looked at from a's side.
   const RestRequest twice = request({"A", "B", "A"}, ab, {1, 2, 5});

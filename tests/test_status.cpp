@@ -115,6 +115,7 @@ TEST(TouchReader, BoolAndIntVariant) {
   };
   expectRows<Out>(read, {{"old", {true, 1}}},
                   {{R"([["N", true, []]])", kNoThrow, {{"N", {true, 0}}}},
+                   {R"([["N", true]])", kNoThrow, {{"N", {true, 0}}}},
                    {R"([["N", true, 7]])", kNoThrow, {{"N", {true, 0}}}},  // no array: size 0
                    {R"([["N", false, [4, 5]], ["N", true, [6]]])", kNoThrow, {{"N", {false, 4}}}},
                    {R"([["A", true, [2]], ["B", 1, [3]]])", kTouch, {{"A", {true, 2}}}}});

@@ -59,6 +59,7 @@ TEST(ReadSupportSequence, ShapesMessagesAndListReaders) {
       {"[1, [], []]", kLeftover, "KRMotion: arg Expected a string as first element."},
       // Not the empty case: the float reader rejects the empty list.
       {R"(["S", [], [true]])", kLeftover, "KRMotion: arg KRValue is empty."},
+      {R"(["S", null, []])", kLeftover, "KRMotion: arg KRValue is invalid."},
       {R"(["S", [0.5, "x"], [true, true]])", kLeftover, "arg KRValue: Expected a float"},
       {R"(["S", [0.5], "yes"])", kLeftover,
        "arg : Expected a bool, int, float or array but found an invalid KRValue"},
