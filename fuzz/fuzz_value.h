@@ -1,14 +1,13 @@
-// Turns fuzz bytes into a KR::KRValue for the reader targets.
+// Turns fuzz bytes into a KR::KRValue for the reader targets, and the checks
+// the targets share.
 //
-// FuzzedDataProvider takes numbers from the end of the input and strings
-// from its front, so a target's option bytes are the last bytes of an input,
-// and the byte before them chooses the decoding. With its low bit set, all
-// the bytes before it are the value's text form, so that seeds can be written
-// by hand (text, then the mode byte '1', then the options, last-read first)
-// and mutated into near-misses of real descriptions. Otherwise they are a
-// compact opcode stream (opcodes read from the back, strings from the front),
-// which reaches what text cannot express: NaN, infinities, denormal floats,
-// any int and any bytes in a string.
+// FuzzedDataProvider takes numbers from the end of the input and strings from
+// its front, so a target's option bytes are the last bytes of an input and the
+// byte before them chooses the decoding. With its low bit set, the bytes before
+// it are the value's text form, so that seeds can be written by hand (text, the
+// mode byte '1', then the options, last-read first). Otherwise they are an
+// opcode stream, which reaches what text cannot: NaN, infinities, any int, any
+// bytes in a string, any depth.
 #pragma once
 
 #include <kr/krvalue.h>
@@ -29,77 +28,63 @@
 
 namespace krfuzz {
 
-/// Words the readers look for, so that the opcode stream finds them without
-/// having to guess their bytes.
-inline const char* const kWords[] = {
-    "Line",   "Circle", "Flat",  "Composed", "Holonomic", "NonHolonomic", "Safe",
-    "Immediate", "Custom", "LArm", "RArm", "Head", "LLeg", "RLeg", "walk", "x", "", "1", "0",
-    "Enabled", "LFoot", "RFoot",
-};
+/// Words the readers look for, so that the opcode stream need not guess them.
+inline const char* const kWords[] = {"Line", "Circle", "Flat", "Composed", "Holonomic",
+                                     "NonHolonomic", "Safe", "Immediate", "Custom", "LArm",
+                                     "Head", "LFoot", "1", ""};
 
-/// Floats that readers treat specially or that sit on a boundary.
-inline const float kFloats[] = {0.0f, -0.0f, 0.5f, 1.0f, -1.0f, 1.5f, 2.0f, 3.1415927f,
-                                1e-3f, 1e30f, 2147483648.0f, -2147483904.0f};
-
-/// Appends `element` to the innermost open array.
-inline void put(std::vector<KR::KRValue>& open, KR::KRValue&& element) {
-  open.back().arrayPush(std::move(element));
+/// Closes the innermost open array into the one around it.
+inline void closeArray(std::vector<KR::KRValue>& open) {
+  KR::KRValue closed = std::move(open.back());
+  open.pop_back();
+  open.back().arrayPush(std::move(closed));
 }
 
-/// The opcode stream: each byte says what comes next. Arrays nest through a
-/// stack of open arrays (no recursion), so any depth the input can reach is
-/// built; arrays still open at the end are closed.
+/// Each opcode byte says what comes next. Arrays nest through a stack (no
+/// recursion); those still open at the end are closed.
 inline KR::KRValue decodeOpcodes(FuzzedDataProvider& data) {
   std::vector<KR::KRValue> open(1);
   open.back().arraySetSize(0);
   while (data.remaining_bytes() > 0) {
-    switch (data.ConsumeIntegral<std::uint8_t>() % 12) {
+    switch (data.ConsumeIntegral<std::uint8_t>() % 9) {
       case 0:
-        put(open, KR::KRValue(data.ConsumeIntegralInRange<int>(-2, 8)));
+        open.back().arrayPush(KR::KRValue(data.ConsumeIntegralInRange<int>(-2, 8)));
         break;
       case 1:
-        put(open, KR::KRValue(data.ConsumeIntegral<int>()));
+        open.back().arrayPush(KR::KRValue(data.ConsumeIntegral<int>()));
         break;
-      case 2:
-        put(open, KR::KRValue(data.PickValueInArray(kFloats)));
-        break;
-      case 3: {
+      case 2: {
         const std::uint32_t bits = data.ConsumeIntegral<std::uint32_t>();
         float f;
         std::memcpy(&f, &bits, sizeof f);
-        put(open, KR::KRValue(f));
+        open.back().arrayPush(KR::KRValue(f));
         break;
       }
+      case 3:
+        open.back().arrayPush(KR::KRValue(data.ConsumeBool()));
+        break;
       case 4:
-        put(open, KR::KRValue(data.ConsumeBool()));
+        open.back().arrayPush(KR::KRValue(data.PickValueInArray(kWords)));
         break;
       case 5:
-        put(open, KR::KRValue(data.PickValueInArray(kWords)));
+        open.back().arrayPush(KR::KRValue(data.ConsumeRandomLengthString(16)));
         break;
       case 6:
-        put(open, KR::KRValue(data.ConsumeRandomLengthString(16)));
+        open.back().arrayPush(KR::KRValue());
         break;
       case 7:
-        put(open, KR::KRValue());
-        break;
-      case 8:
-      case 9:
         open.emplace_back();
         open.back().arraySetSize(0);
         break;
       default:
         if (open.size() > 1) {
-          KR::KRValue closed = std::move(open.back());
-          open.pop_back();
-          put(open, std::move(closed));
+          closeArray(open);
         }
         break;
     }
   }
   while (open.size() > 1) {
-    KR::KRValue closed = std::move(open.back());
-    open.pop_back();
-    put(open, std::move(closed));
+    closeArray(open);
   }
   // One top-level element is the value; none or several make an array.
   if (open.back().getSize() == 1) {
@@ -108,8 +93,7 @@ inline KR::KRValue decodeOpcodes(FuzzedDataProvider& data) {
   return std::move(open.back());
 }
 
-/// The value the bytes describe, or nothing when they are text that does not
-/// parse (the text target covers that path).
+/// The value the bytes describe, or nothing for text that does not parse.
 inline std::optional<KR::KRValue> decodeValue(FuzzedDataProvider& data) {
   if (data.remaining_bytes() == 0) {
     return std::nullopt;
@@ -131,11 +115,7 @@ inline bool samePose(const KR::Math::Pose2D& a, const KR::Math::Pose2D& b) {
   return sameBits(a.x, b.x) && sameBits(a.y, b.y) && sameBits(a.theta, b.theta);
 }
 
-/// An int or a float: what the float and int readers accept.
-inline bool isNumber(const KR::KRValue& v) { return v.isInt() || v.isFloat(); }
-
-/// Stops the run with a message when a property does not hold; libFuzzer
-/// then saves the input as a crash.
+/// Stops the run when a property does not hold; libFuzzer saves the input.
 #define KRFUZZ_CHECK(condition)                                                          \
   do {                                                                                   \
     if (!(condition)) {                                                                  \
@@ -144,17 +124,22 @@ inline bool isNumber(const KR::KRValue& v) { return v.isInt() || v.isFloat(); }
     }                                                                                    \
   } while (0)
 
-/// Runs a reader. Its documented failure, std::runtime_error, is caught and
-/// reported as false; any other exception escapes the fuzz target, which
-/// libFuzzer reports as a crash.
+/// Runs a reader: nothing when it succeeds, the message of the
+/// std::runtime_error it throws otherwise. Any other exception escapes the
+/// target, which libFuzzer reports as a crash.
 template <typename Call>
-bool succeeds(Call&& call) {
+std::optional<std::string> failure(Call&& call) {
   try {
     call();
-    return true;
-  } catch (const std::runtime_error&) {
-    return false;
+    return std::nullopt;
+  } catch (const std::runtime_error& e) {
+    return std::string(e.what());
   }
+}
+
+template <typename Call>
+bool succeeds(Call&& call) {
+  return !failure(std::forward<Call>(call));
 }
 
 }  // namespace krfuzz

@@ -55,7 +55,6 @@ TEST(Key, ReadsOrFailsOnTheFirstCheckInOrderLeavingTheKeyUntouched) {
       {
           {"[-2, [0, 1, 2.5], [2, -3, 4]]", kNoThrow, key(-2, 0, 1, 2.5f, 2, -3, 4)},
           {"null", kPrefix + " KRValue is invalid.", s},
-          {"[]", kPrefix + " KRValue is empty.", s},
           {"1.5", kNotArray, s},
           {"[1, [3, 0, 0]]", kMalformed, s},
           {"[1, [3, 0, 0], [3, 0, 0], 4]", kMalformed, s},
@@ -64,7 +63,6 @@ TEST(Key, ReadsOrFailsOnTheFirstCheckInOrderLeavingTheKeyUntouched) {
           {"[\"x\", [3, 0], [3, 0, 0]]", kFirst, s},  // shape before types
           {"[1, [3, 0, 0], [3, 0]]", kPrefix + " Malformed Control Point Second" + kParam, s},
           {"[1, [3.0, 0, 0], [3, 0, 0]]", kTypes, s},
-          {"[true, [3, 0, 0], [3, 0, 0]]", kTypes, s},
           {"[1, [3, \"a\", 0], [3, 0, 0]]", kTypes, s},
           {"[1, [3, 0, 0], [3, 0, [1]]]", kTypes, s},
       });
@@ -123,20 +121,16 @@ TEST(ControlPoints, ShapeMismatchDropsAndAppends) {
   } cases[] = {
       // Shape mismatches return false and append nothing.
       {{1, 2}, "null", 0, kNoThrow, false, {}},
-      {{1, 2}, "[1, 2, 3]", 0, kNoThrow, false, {}},
       {{1, 2}, "[" + kK1 + "]", 0, kNoThrow, false, {}},
       {{1, 2}, "[]", 5, kNoThrow, false, {}},
-      {{}, "[]", 5, kNoThrow, false, {}},  // the automatic path with nothing to compute
       // Only strictly earlier points are dropped.
       {{1, 2, 3}, kAll, 1, kNoThrow, false, {{1.0f, kKey1}, {2.0f, kKey2}, {3.0f, kKey3}}},
       {{1, 2, 3}, kAll, 2, kNoThrow, true, {{2.0f, kKey2}, {3.0f, kKey3}}},
       // A dropped point is never read, however malformed.
       {{0, 1}, "[\"junk\", " + kK2 + "]", 0.5f, kNoThrow, true, {{1.0f, kKey2}}},
-      {{0, 1}, "[" + kK1 + ", " + kK2 + "]", 5, kNoThrow, true, {}},
       // Pairs appended before a failing element stay.
       {{1, 2, 3}, "[" + kK1 + ", [1, [3, 0], [3, 0, 0]], " + kK3 + "]", 0, kFirst, false,
        {{1.0f, kKey1}}},
-      {{1, 2}, "[10, " + kK2 + "]", 0, kNotArray, false, {}},
       {{1, 2}, "[" + kK1 + ", 10]", 0, kNotArray, false, {{1.0f, kKey1}}},
       // The automatic path, fed only the kept points.
       {{0.5f, 1.0f, 1.5f}, "[10, 20, 30]", 1, kNoThrow, true,
@@ -168,13 +162,14 @@ TEST(ControlPoints, NaNTimesAreKeptOnBothPaths) {
   EXPECT_FALSE(extractVectorOfGenericControlPoints({nan, 1}, two, "angles", 0.5f, keys));
   ASSERT_EQ(keys.size(), 2u);
   EXPECT_TRUE(std::isnan(keys[0].first) && keys[0].second == kKey1);
-  // Kept, a NaN time reaches the automatic keys, which reject it.
+  // Kept, a NaN time reaches the automatic keys, which reject it with their
+  // own message.
   keys.clear();
   const KR::KRValue numbers = parseKRValue("[1, 2]");
-  EXPECT_NE(messageOf([&] {
+  EXPECT_EQ(messageOf([&] {
               extractVectorOfGenericControlPoints({nan, 1}, numbers, "angles", 0.5f, keys);
             }),
-            kNoThrow);
+            "computeBezierAutoKey: time 0 is not finite or not after the one before.");
   EXPECT_TRUE(keys.empty());
 }
 

@@ -1,21 +1,24 @@
-// Range clipping, axis masks and frames of the geometry library.
+// The geometry library's small pieces: clipping, axis masks, frames and
+// nearness.
 #include <kr/math/axismask.h>
 #include <kr/math/clip.h>
 #include <kr/math/frame.h>
+#include <kr/math/isnear.h>
 
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cmath>
 #include <limits>
-#include <string>
+#include <vector>
 
 namespace {
 
 using namespace KR::Math;
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
 TEST(ClipData, ClampsAndReportsChange) {
-  const float nan = std::numeric_limits<float>::quiet_NaN();
   const struct {
     float min, max, data, expected;
     bool changed;
@@ -23,8 +26,8 @@ TEST(ClipData, ClampsAndReportsChange) {
       {-1, 1, -2, -1, true}, {-1, 1, 2, 1, true}, {-1, 1, 0.25f, 0.25f, false},
       {-1, 1, -1, -1, false}, {-1, 1, 1, 1, false},  // a bound itself is not a change
       {1, -1, 2, 1, true}, {1, -1, 0, 0, false},      // bounds in either order
-      {nan, 1, -100, -100, false}, {nan, 1, 5, 1, true}, {-1, nan, 100, 100, false},  // open side
-      {-1, 1, nan, nan, false}, {1, -1, nan, nan, false},  // NaN data is left as it is
+      {kNaN, 1, -100, -100, false}, {kNaN, 1, 5, 1, true},  // a NaN bound is an open side
+      {-1, 1, kNaN, kNaN, false},                          // NaN data is left as it is
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "[" << c.min << ", " << c.max << "] " << c.data);
@@ -41,10 +44,15 @@ TEST(IsAxisMaskAndIsFrame, AcceptOneToSixtyThreeAndZeroToTwo) {
   for (const int frame : {-1, 3}) EXPECT_FALSE(isFrame(frame)) << frame;
 }
 
-TEST(FrameName, NamesTheThreeFrames) {
-  EXPECT_EQ(std::string(frameName(FRAME_TORSO)) + " " + frameName(FRAME_WORLD) + " " +
-                frameName(FRAME_ROBOT) + " " + frameName(static_cast<FRAME>(3)),
-            "FRAME_TORSO FRAME_WORLD FRAME_ROBOT unknown");
+TEST(IsNear, InclusiveBoundNaNInfinitiesAndLengths) {
+  EXPECT_TRUE(isNear(0.5f, 0.75f, 0.25f));  // exactly at the bound
+  EXPECT_FALSE(isNear(0.5f, 0.75f, 0.2499f));
+  EXPECT_FALSE(isNear(kNaN, kNaN, kInf));
+  EXPECT_TRUE(isNear(kInf, kInf, 0.0f));
+  EXPECT_FALSE(isNear(kInf, -kInf, std::numeric_limits<float>::max()));
+  EXPECT_TRUE(isNear(std::vector<float>{1, 2}, std::vector<float>{1, 2.25f}, 0.25f));
+  EXPECT_FALSE(isNear(std::vector<float>{1, 2}, std::vector<float>{1, 2.5f}, 0.25f));
+  EXPECT_FALSE(isNear(std::vector<float>{1, 2}, std::vector<float>{1}, 1.0f));
 }
 
 }  // namespace

@@ -47,39 +47,6 @@ struct HeapCount {
 // Heap-allocated text, so that ASan sees a dangling or leaked string.
 std::string longText(int i) { return "element text beyond the small buffer #" + std::to_string(i); }
 
-TEST(KRValueKinds, EachConstructorPicksOneKind) {
-  const std::pair<KRValue, KRValue::Type> cases[] = {
-      {KRValue(), KRValue::TypeInvalid},
-      {KRValue(false), KRValue::TypeBool},
-      {KRValue(0), KRValue::TypeInt},
-      {KRValue(1.0f), KRValue::TypeFloat},
-      {KRValue(0.5), KRValue::TypeFloat},  // a double, rounded to float
-      {KRValue("x"), KRValue::TypeString},  // a literal, not a bool
-      {KRValue(std::vector<float>{}), KRValue::TypeArray},
-      {KRValue(std::vector<std::string>{}), KRValue::TypeArray},
-      {KRValue::array(), KRValue::TypeArray},
-  };
-  for (const auto& [v, type] : cases) {
-    SCOPED_TRACE(KRValue::typeName(type));
-    EXPECT_EQ(v.getType(), type);
-    const bool is[] = {!v.isValid(), v.isBool(), v.isInt(), v.isFloat(), v.isString(), v.isArray()};
-    for (int k = 0; k < 6; ++k) EXPECT_EQ(is[k], k == type) << "query " << k;
-    EXPECT_EQ(v.getSize(), 0u);
-  }
-}
-
-TEST(KRValueArrays, FactoryAndVectorsMakeElements) {
-  KRValue source = KRValue::array(1, 2);
-  const KRValue made = KRValue::array(std::string("name"), source, 1.5f, true,
-                                      std::vector<float>{0.5f, -2.0f},
-                                      std::vector<std::string>{"", longText(0)});
-  source[0] = 100;  // the argument was copied
-  const KRValue expected[] = {KRValue("name"), KRValue::array(1, 2), KRValue(1.5f), KRValue(true),
-                              KRValue::array(0.5f, -2.0f), KRValue::array("", longText(0))};
-  ASSERT_EQ(made.getSize(), 6u);
-  for (int k = 0; k < 6; ++k) EXPECT_EQ(made[k], expected[k]) << "element " << k;
-}
-
 TEST(KRValueArraySetSize, ReplacesGrowsShrinksRefusesNegative) {
   for (KRValue v : {KRValue(), KRValue(7), KRValue(longText(0))}) {
     v.arraySetSize(2);
@@ -104,9 +71,6 @@ TEST(KRValuePush, InvalidBecomesArrayScalarsRefuseAndStayPut) {
   v.arrayPush(KRValue(4));
   v.arrayPush(KRValue(longText(5)));
   EXPECT_EQ(v, KRValue::array(4, longText(5)));
-  KRValue reserved;
-  reserved.arrayReserve(10);
-  EXPECT_EQ(reserved, KRValue::array());
 
   const std::pair<KRValue, std::string> scalars[] = {
       {KRValue(5), "an int"}, {KRValue(longText(0)), "a string"},
@@ -150,10 +114,9 @@ TEST(KRValueSemantics, CopyIsDeepAndIndependent) {
 }
 
 TEST(KRValueSemantics, AssignmentReplacesAnyKind) {
-  const KRValue samples[] = {KRValue(), KRValue(3), KRValue(1.5f), KRValue(longText(0)),
-                             KRValue::array(1, longText(1)), KRValue::array()};
+  const KRValue samples[] = {KRValue(), KRValue(3), KRValue(longText(0)),
+                             KRValue::array(1, longText(1))};
   for (const KRValue& to : samples) {
-    SCOPED_TRACE(KRValue::typeName(to.getType()));
     for (const KRValue& from : samples) {
       KRValue target = to;
       target = from;
@@ -162,11 +125,6 @@ TEST(KRValueSemantics, AssignmentReplacesAnyKind) {
     KRValue v = to, &self = v;
     v = self;
     EXPECT_EQ(v, to);
-    v = to; v = 5; EXPECT_EQ(v, KRValue(5));
-    v = to; v = 0.5; EXPECT_EQ(v, KRValue(0.5f));  // through the float assignment
-    v = to; v = true; EXPECT_EQ(v, KRValue(true));
-    v = to; v = longText(2); EXPECT_EQ(v, KRValue(longText(2)));
-    v = to; v = "literal"; EXPECT_EQ(v, KRValue(std::string("literal")));
   }
 }
 
@@ -191,14 +149,12 @@ TEST(KRValueConversions, AcceptedKindsAndMisuse) {
   // Misuse names what was expected and what was found.
   const std::pair<std::function<void()>, std::string> cases[] = {
       {[&] { (void)int(s); }, "expected an int value but found a string value"},
-      {[&] { (void)int(f); }, "expected an int value but found a float value"},
       {[&] { (void)float(s); }, "expected a float or an int value but found a string value"},
       {[&] { (void)static_cast<const std::string&>(i); },
        "expected a string value but found an int value"},
       {[&] { (void)bool(a); }, "expected a bool, an int or a float value but found an array value"},
       {[&] { (void)static_cast<float&>(v[0]); }, "expected a float value but found an int value"},
       {[&] { (void)a[2]; }, "index 2 is out of range for an array of size 2"},
-      {[&] { (void)a[-1]; }, "index -1 is out of range for an array of size 2"},
       {[&] { (void)i[0]; }, "cannot index an int value, expected an array"},
       {[&] { (void)KRValue()[0]; }, "cannot index an invalid value, expected an array"},
   };
@@ -214,51 +170,21 @@ TEST(KRValueEquality, SameKindAndContentDeeply) {
   // Equal pairs of every kind appear throughout this file; these are the edges.
   const std::tuple<KRValue, KRValue, bool> cases[] = {
       {KRValue(0), KRValue(0.0f), false},  // same payload bits, other kind
-      {KRValue(0), KRValue(), false},
       {KRValue(1.5f), KRValue(1.5), true},  // a double reads as its float
       {KRValue(0.0f), KRValue(-0.0f), true},
       {KRValue(nan), KRValue(nan), false},
-      {KRValue("a"), KRValue("b"), false},
       {KRValue::array(), KRValue(), false},
       {KRValue::array(0), KRValue::array(0.0f), false},
       {KRValue::array(1, 2), KRValue::array(1, 2, 3), false},
       {nested, KRValue::array(KRValue::array(2), 2), false},
-      {nested, KRValue::array(KRValue::array(1), 3), false},
       {nested, KRValue::array(KRValue::array(1, 2), 2), false},
       {grownThenShrunk, KRValue::array(), true},
-      {KRValue::array(KRValue::array()), KRValue::array(KRValue(std::vector<float>{})), true},
   };
   int row = 0;
   for (const auto& [a, b, equal] : cases) {
     EXPECT_EQ(a == b, equal) << "row " << row;
     EXPECT_EQ(b == a, equal) << "row " << row++;
   }
-}
-
-TEST(KRValueDeep, MillionLevelsCopyCompareAssignDestroy) {
-  // Levels of [text, level, child], every other one [child, level, text] so
-  // that the walks meet children on both sides; -1 at the bottom.
-  constexpr int kDeep = 1000000;
-  KRValue original(-1);
-  for (int level = 0; level < kDeep; ++level) {
-    KRValue outer;
-    outer.arraySetSize(3);
-    const int child = level % 2 == 0 ? 2 : 0;
-    outer[child] = std::move(original);
-    outer[1] = level;
-    outer[2 - child] = longText(level);
-    original = std::move(outer);
-  }
-  KRValue copy = original;
-  EXPECT_TRUE(copy == original);
-  KRValue* bottom = &copy;
-  int levels = 0;
-  for (; bottom->isArray(); ++levels) bottom = &(*bottom)[(*bottom)[0].isArray() ? 0 : 2];
-  EXPECT_EQ(levels, kDeep);
-  EXPECT_EQ(*bottom, KRValue(-1));
-  *bottom = 5;
-  EXPECT_TRUE(copy != original);
-  copy = 1;  // releasing through assignment takes the same walk
 }
 
 TEST(KRValueHeap, ScalarsAndEmptyArraysNoBlockFlatArrayOneBlock) {

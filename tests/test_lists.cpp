@@ -46,7 +46,6 @@ TEST(FloatList, SingleNumberOrArrayOfNumbers) {
                       {"true", kNotArray, {}},  // a bool is not a number
                       // Sized before reading: the entries from the failing one on stay 0.
                       {"[1, \"a\"]", kNotFloat, {1, 0}},
-                      {"[1, null, 3]", kInvalidFloat, {1, 0, 0}},
                       {"[[1]]", kNotFloat, {0}}});
 }
 
@@ -65,8 +64,6 @@ TEST(FloatGroups, EitherFlag) {
                      {"[[1], [2, 3]]", kNoThrow, {{1}, {2, 3}}},
                      {"[1, [2, 3]]", kNoThrow, {{1}, {2, 3}}},
                      {"[]", kEmpty, {}},
-                     {"null", kInvalid, {}},
-                     {"\"x\"", kNotArray, {}},
                      // Mixed lists: the failing group as the flat reader left
                      // it, the later groups empty.
                      {"[[1, 2], [3, \"a\", 4], [5]]", kNotFloat, {{1, 2}, {3, 0, 0}, {}}},
@@ -91,7 +88,6 @@ TEST(FloatGroups, GroupPerNumber) {
                           // All groups exist before reading: the failing one
                           // holds 0, the later ones are empty.
                           {"[[1, \"a\", 2]]", kNotFloat, {{1}, {0}, {}}},
-                          {"[[1, null, 2]]", kInvalidFloat, {{1}, {0}, {}}},
                           {"[[[1], 2]]", kNotFloat, {{0}, {}}}});
 }
 
@@ -103,7 +99,6 @@ TEST(StringList, SingleStringOrArrayThroughTheStringConversion) {
                       {{"\"a b\"", kNoThrow, {"a b"}},
                        {"[\"a\", \"\", \"c\"]", kNoThrow, {"a", "", "c"}},
                        {"[]", kEmpty, {}},
-                       {"null", kInvalid, {}},
                        {"3", kNotArray, {}},  // only a string is a list of one
                        // Kinds are not tested: the value type's own conversion error comes
                        // through, the list sized and filled up to the element.
@@ -164,8 +159,6 @@ TEST(KeyValueMap, MalformedEntryKeepsEarlierEntries) {
   const Map kept{{"a", KRValue(1)}};
   expectMapRows(false, {{"[[\"a\", 1], 5, [\"z\", 2]]", kMalformedEntry, kept},
                         {"[[\"a\", 1], [\"k\"]]", kMalformedEntry, kept},
-                        {"[[\"a\", 1], [2, 3]]", kMalformedEntry, kept},
-                        {"[[\"a\", 1], [[\"k\"], 3]]", kMalformedEntry, kept},
                         {"[[\"a\", 1], [\"k\", null]]", kMalformedEntry, kept}});
   expectMapRows(true, {{"[[\"a\", 0, 1], [\"k\", 2]]", kMalformedEntry, kept},  // too short
                        {"[[\"a\", 0, 1], [3, 2, 1]]", kMalformedEntry, kept}});
@@ -185,7 +178,6 @@ TEST(KeyValueMap, FirstKeyWinsAndValueKindsAreKept) {
                           {"s", KRValue("x")},
                           {"a", KRValue::array(1, 2.5f)},
                           {"b", KRValue(false)}}}});
-  EXPECT_NE(KRValue(1), KRValue(1.0f));  // what the row above relies on
 }
 
 TEST(KeyValueMap, SkipSecondElementNeverLooksAtIt) {
@@ -193,19 +185,7 @@ TEST(KeyValueMap, SkipSecondElementNeverLooksAtIt) {
                        {"[[\"k1\", null, 1], [\"k2\", [[]], 2.5, 7]]",
                         kNoThrow,
                         {{"k1", KRValue(1)}, {"k2", KRValue(2.5f)}}},
-                       {"[[\"k1\", 0, 1], [\"k1\", 0, 2]]", kNoThrow, {{"k1", KRValue(1)}}},
                        {"[[\"k1\", 1]]", kMalformedEntry, {}}});
-}
-
-TEST(KeyValueMap, ValuesAreIndependentCopies) {
-  Map map;
-  {
-    KRValue source = parse("[[\"k\", [1, [2]]]]");
-    extractKeyValueMapFromKRValue(source, "m", false, map);
-    source[0][1][1][0] = 9;
-    source[0][1] = 5;
-  }  // source destroyed
-  EXPECT_EQ(map, (Map{{"k", parse("[1, [2]]")}}));
 }
 
 }  // namespace

@@ -23,32 +23,27 @@ using namespace KR::ValueUtils;
 
 KRValue parse(const std::string& text) { return KR::parseKRValue(text); }
 
-// A factory that only writes down the calls it receives.
+// A factory that only writes down the calls it receives, one line each.
 class RecordingFactory : public TrajectoryFactory {
  public:
   RecordingFactory()
       : TrajectoryFactory(Limits(1, 1), Limits(1, 1),
                           KR::Math::RationalSeconds(boost::rational<int>(1, 100)), 1.0f) {}
-
-  void addLine(const Position2D& p) override { record() << "line " << p; }
-  void addCircle(const Position2D& p, float f) override { record() << "circle " << p << " " << f; }
+  void addLine(const Position2D& p) override { record("line", p); }
+  void addCircle(const Position2D& p, float f) override { record("circle", p, f); }
   void addFlat(const Position2D& p1, float f2, const Position2D& p3, const Position2D& p4,
                float f5) override {
-    record() << "flat " << p1 << " " << f2 << " " << p3 << " " << p4 << " " << f5;
+    record("flat", p1, f2, p3, p4, f5);
   }
-
-  std::vector<std::string> calls() const {
-    std::vector<std::string> lines;
-    std::istringstream in(log_.str());
-    for (std::string line; std::getline(in, line);) {
-      lines.push_back(line);
-    }
-    return lines;
-  }
+  std::vector<std::string> calls;
 
  private:
-  std::ostream& record() { return log_ << (log_.tellp() > 0 ? "\n" : ""); }
-  std::ostringstream log_;
+  template <typename... T>
+  void record(const T&... parts) {
+    std::ostringstream line;
+    ((line << parts << ' '), ...);
+    calls.push_back(line.str());
+  }
 };
 
 // Stand in the caller's builder before a call, to see whether it was replaced.
@@ -61,14 +56,10 @@ const std::vector<std::pair<std::string, std::string>> kCommonFailures = {
     {"[]", "KRMotion: p KRValue is empty."},
     {"null", "KRMotion: p KRValue is invalid."},
     {R"(["Line", [1, 2], 3])", "pInvalid Path2DStraightLine KRValue"},
-    {R"(["Line"])", "pInvalid Path2DStraightLine KRValue"},
     // The size is checked before any element is read.
     {R"(["Circle", "a"])", "pInvalid Path2DArcOfCircle KRValue"},
-    {R"(["Circle", [0, 1], 1, 2])", "pInvalid Path2DArcOfCircle KRValue"},
     {R"(["Flat", [0, 0], 1, [0, 0], [0, 0]])", "pInvalid Path2DFlat KRValue"},
-    {R"(["Flat", [0, 0], 1, [0, 0], [0, 0], 1, 1])", "pInvalid Path2DFlat KRValue"},
     {R"(["line", [1, 2]])", "p Unknown DirectPath2D type"},
-    {R"(["Arc", [1, 2], 1])", "p Unknown DirectPath2D type"},
     // Elements: the position reader's and the float reader's own messages,
     // in array order.
     {R"(["Line", 5])", "KRMotion: p KRValue is not an array."},
@@ -77,7 +68,6 @@ const std::vector<std::pair<std::string, std::string>> kCommonFailures = {
     {R"(["Circle", [0, true], null])", "p y: Expected a float"},
     {R"(["Flat", [0, 0], null, "a", [0, 0], "b"])",
      "p KRValue: Expected a float but found an invalid KRValue"},
-    {R"(["Flat", [0, 0], 1, [0, 0], [0, "y"], "b"])", "p y: Expected a float"},
     {R"(["Flat", [0, 0], 1, [0, 0], [0, 0], "b"])", "p KRValue: Expected a float"},
 };
 
@@ -97,7 +87,7 @@ TEST(PathDescriptions, EveryFunctionRejectsWithTheSameMessageAndChangesNothing) 
               row.second);
     EXPECT_NE(direct.target<decltype(kPreviousDirect)>(), nullptr);
     EXPECT_NE(path.target<decltype(kPreviousPath)>(), nullptr);
-    EXPECT_TRUE(factory.calls().empty());
+    EXPECT_TRUE(factory.calls.empty());
   }
 }
 
@@ -107,7 +97,6 @@ TEST(PathDescriptions, DirectAndGeneralFunctionsWordTheTypeChecksDifferently) {
     std::string direct, general;
   } rows[] = {
       {"[3, [1, 2]]", "p Wrong DirectPath2D type format", "p Wrong Path2D type format"},
-      {R"([["Line"], [1, 2]])", "p Wrong DirectPath2D type format", "p Wrong Path2D type format"},
       {R"(["Composed", ["Line", [1, 2]]])", "p Unknown DirectPath2D type", kNoThrow},
   };
   for (const auto& row : rows) {
@@ -133,11 +122,11 @@ TEST(PathDescriptions, AFactoryIsFedPieceByPieceInArrayOrder) {
                 ["Flat", [1, 2], 3, [4, 5], [6, 7], 8]])"),
       "p", factory);
   extractDirectPath2DIntoTrajectoryFactory(parse(R"(["Line", [-1, 0.25]])"), "p", factory);
-  EXPECT_EQ(factory.calls(),
+  EXPECT_EQ(factory.calls,
             (std::vector<std::string>{
-                "line Position2D(x=1, y=2)", "circle Position2D(x=0, y=1) 1.5",
-                "flat Position2D(x=1, y=2) 3 Position2D(x=4, y=5) Position2D(x=6, y=7) 8",
-                "line Position2D(x=-1, y=0.25)"}));
+                "line Position2D(x=1, y=2) ", "circle Position2D(x=0, y=1) 1.5 ",
+                "flat Position2D(x=1, y=2) 3 Position2D(x=4, y=5) Position2D(x=6, y=7) 8 ",
+                "line Position2D(x=-1, y=0.25) "}));
 }
 
 TEST(PathDescriptions, AFailingPieceOfAComposedPathKeepsTheEarlierPiecesInTheFactory) {
@@ -145,7 +134,7 @@ TEST(PathDescriptions, AFailingPieceOfAComposedPathKeepsTheEarlierPiecesInTheFac
   RecordingFactory factory;
   EXPECT_EQ(messageOf([&] { extractPath2DIntoTrajectoryFactory(parse(text), "p", factory); }),
             "pInvalid Path2DArcOfCircle KRValue");
-  EXPECT_EQ(factory.calls(), std::vector<std::string>{"line Position2D(x=1, y=0)"});
+  EXPECT_EQ(factory.calls, std::vector<std::string>{"line Position2D(x=1, y=0) "});
 
   Path2DBuilder path = kPreviousPath;
   EXPECT_EQ(messageOf([&] { extractPath2DBuilderFromKRValue(parse(text), "p", path); }),
@@ -157,7 +146,7 @@ TEST(PathDescriptions, AnEmptyComposedPathIsABuilderButNotAFactoryPath) {
   RecordingFactory factory;
   EXPECT_EQ(messageOf([&] { extractPath2DIntoTrajectoryFactory(parse(R"(["Composed"])"), "p", factory); }),
             "p Empty Composed Path2D");
-  EXPECT_TRUE(factory.calls().empty());
+  EXPECT_TRUE(factory.calls.empty());
 
   Path2DBuilder builder;
   extractPath2DBuilderFromKRValue(parse(R"(["Composed"])"), "p", builder);
@@ -210,9 +199,7 @@ TEST(PathDescriptions, AComposedBuilderChainsItsPieces) {
   extractPath2DBuilderFromKRValue(parse(R"(["Composed", ["Line", [1, 0]], ["Line", [0, 2]]])"),
                                   "p", builder);
   const std::unique_ptr<KRPath2D> path(builder(Pose2D()));
-  auto* composed = dynamic_cast<KRPath2DComposed*>(path.get());
-  ASSERT_NE(composed, nullptr);
-  EXPECT_EQ(composed->pieces().size(), 2u);
+  ASSERT_NE(dynamic_cast<KRPath2DComposed*>(path.get()), nullptr);
   EXPECT_NEAR(path->length(), 3.0f, 1e-6);
   EXPECT_NEAR(path->endPose().x, 1.0f, 1e-6);
   EXPECT_NEAR(path->endPose().y, 2.0f, 1e-6);

@@ -3,13 +3,11 @@
 #include <kr/krvaluetext.h>
 #include <kr/krvalueutils.h>
 #include <kr/restrequest.h>
-#include <kr/math/isnear.h>
 
 #include "test_support.h"
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <map>
 #include <ostream>
 #include <stdexcept>
@@ -56,10 +54,6 @@ TEST(ReflexMode, NamesBothWaysAndUnknowns) {
     EXPECT_EQ(messageOf([&] { KR::restReflexModeToString(static_cast<KR::REST_REFLEX_MODE>(u)); }),
               "Unknown REST_REFLEX_MODE: " + std::to_string(u));
   }
-  for (const char* name : {"safe", "Safe ", ""}) {
-    EXPECT_EQ(messageOf([&] { KR::stringToRestReflexMode(name); }),
-              "Cannot convert " + std::string(name) + " to REST_REFLEX_MODE.");
-  }
 }
 
 // Each case reads into a list holding leftovers: success replaces them, a
@@ -76,15 +70,12 @@ TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
       // 1. One mode name for all; "Custom" needs angles.
       {R"([[["A", "B"], "Safe"]])", {request({"A", "B"}, {{"A", S}, {"B", S}})}, kNoThrow},
       {R"([[["A", "B"], "Custom"]])", {}, "arg unsupported mode: Custom"},
-      {R"([[["A"], "safe"]])", {}, "Cannot convert safe to REST_REFLEX_MODE."},
       // 2. Element 0 a float: angles, every name CUSTOM; lengths unchecked.
       {R"([[["A", "B"], [0.5, 1]]])", {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1})},
        kNoThrow},
-      {R"([[["A", "B"], [0.5]]])", {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f})}, kNoThrow},
       {R"([[["A"], [0.5, "x"]]])", {}, "arg KRValue: Expected a float"},
       // 3. Element 0 a string: modes by index, "Custom" accepted, a name
       // without a partner gets no entry, surplus modes are still converted.
-      {R"([[["A"], ["Custom"]]])", {request({"A"}, {{"A", C}})}, kNoThrow},
       {R"([[["A", "B"], ["Safe"]]])", {request({"A", "B"}, {{"A", S}})}, kNoThrow},
       {R"([[["A"], ["Safe", "Immediate"]]])", {request({"A"}, {{"A", S}})}, kNoThrow},
       {R"([[["A"], ["Safe", "Bad"]]])", {}, "Cannot convert Bad to REST_REFLEX_MODE."},
@@ -117,20 +108,6 @@ TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
   }
 }
 
-TEST(IsNear, InclusiveBoundNaNInfinitiesAndLengths) {
-  const float nan = std::numeric_limits<float>::quiet_NaN();
-  const float inf = std::numeric_limits<float>::infinity();
-  using KR::Math::isNear;
-  EXPECT_TRUE(isNear(0.5f, 0.75f, 0.25f));  // exactly at the bound
-  EXPECT_FALSE(isNear(0.5f, 0.75f, 0.2499f));
-  EXPECT_FALSE(isNear(nan, nan, inf));
-  EXPECT_TRUE(isNear(inf, inf, 0.0f));
-  EXPECT_FALSE(isNear(inf, -inf, std::numeric_limits<float>::max()));
-  EXPECT_TRUE(isNear(std::vector<float>{1, 2}, std::vector<float>{1, 2.25f}, 0.25f));
-  EXPECT_FALSE(isNear(std::vector<float>{1, 2}, std::vector<float>{1, 2.5f}, 0.25f));
-  EXPECT_FALSE(isNear(std::vector<float>{1, 2}, std::vector<float>{1}, 1.0f));
-}
-
 TEST(RestRequestEquality, NamesInOrderModesAndAnglesWithin1e5) {
   const RestRequest base = request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1});
   const struct {
@@ -140,10 +117,8 @@ TEST(RestRequestEquality, NamesInOrderModesAndAnglesWithin1e5) {
       {base, true},
       {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f + 5e-6f, 1 - 5e-6f}), true},
       {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1 + 1e-4f}), false},
-      {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f}), false},
       {request({"B", "A"}, {{"A", C}, {"B", C}}, {0.5f, 1}), false},
       {request({"A", "B"}, {{"A", C}, {"B", I}}, {0.5f, 1}), false},
-      {request({"A", "B"}, {{"A", C}, {"B", C}, {"D", C}}, {0.5f, 1}), false},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.other));
@@ -159,10 +134,7 @@ TEST(RestRequestEquivalence, NamesInAnyOrderAnglesByFirstOccurrence) {
   EXPECT_TRUE(KR::restRequestsAreEquivalent(a, swapped));
   EXPECT_NE(a, swapped);
   EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab, {1, 2})));
-  EXPECT_TRUE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab, {2, 1 + 5e-6f})));
   EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab, {2, 1 + 1e-4f})));
-  EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, {{"A", C}, {"B", I}}, {2, 1})));
-  EXPECT_FALSE(KR::restRequestsAreEquivalent(a, request({"B", "A"}, ab)));
   // Same modes, different multiplicities.
   EXPECT_FALSE(KR::restRequestsAreEquivalent(request({"A", "A", "B"}, ab, {1, 1, 2}),
                                              request({"A", "B", "B"}, ab, {1, 2, 2})));
@@ -209,9 +181,6 @@ TEST(WriteRestRequests, LayoutAndRoundTrips) {
   const std::string text = written(single);
   EXPECT_EQ(text, R"([[["A", "B"], ["Safe", "Safe"]], [["C"], [0.5, 1.0]]])");
   EXPECT_EQ(readBack(text.c_str()), single);
-  const Requests modes = readBack(R"([[["A", "B", "A"], ["Custom", "Immediate", "Safe"]]])");
-  EXPECT_EQ(written(modes), R"([[["A", "B", "A"], ["Safe", "Immediate", "Safe"]]])");
-  EXPECT_EQ(readBack(written(modes).c_str()), modes);
   // Angles are written and modes are not, even a mode other than CUSTOM.
   EXPECT_EQ(written({request({"A"}, {{"A", S}}, {-0.25f, 2})}), R"([[["A"], [-0.25, 2.0]]])");
 }

@@ -67,10 +67,8 @@ TEST(TemperatureStatusReader, AccumulatesNamesAndChecksInOrder) {
        {R"([1, "A"])", kNoThrow, {1, {"Z"}}},  // element 1 is not required to be an array
        {"null", kInvalid, old},
        {"[]", kEmpty, old},
-       {"3", kNotArray, old},
        {"[1]", kSize, old},
        {R"(["x", ["A"]])", kNotInt, old},
-       {R"([null, ["A"]])", "arg KRValue: Expected a int but found an invalid KRValue", old},
        {R"([3, ["A", 5, "B"]])", kStringNotInt, {3, {"A", "Z"}}}});
 }
 
@@ -85,7 +83,6 @@ TEST(DiagnosisReader, ChecksNamesArrayBeforeLevel) {
                   {{R"([1, ["A"], 9])", kNoThrow, {1, {"A", "Z"}}},
                    {"[1]", kSize, old},
                    {R"(["x", "A"])", kNotArray, old},  // the level is not read yet
-                   {R"(["x", []])", kEmpty, old},
                    {R"(["x", ["A"]])", kNotInt, old},
                    {R"([3, ["A", 7, "B"]])", kStringNotInt, {3, {"A", "Z"}}}});
 }
@@ -106,12 +103,8 @@ TEST(TouchReader, BoolVariant) {
                    // A valid value of size 0 is taken as empty before the shape check.
                    {R"("x")", kNoThrow, {}},
                    {R"([["N", true], ["N", false]])", kNoThrow, {{"N", true}}},
-                   {R"([["N", false, "more"], ["M", true]])", kNoThrow,
-                    {{"M", true}, {"N", false}}},
                    // Entry tests, each after a good entry.
                    {R"([["A", true], null])", kTouch, a},
-                   {R"([["A", true], ["B"]])", kTouch, a},
-                   {R"([["A", true], [1, true]])", kTouch, a},
                    {R"([["A", true], ["B", 1]])", kTouch, a}});
 }
 
@@ -125,7 +118,6 @@ TEST(TouchReader, BoolAndIntVariant) {
                    {R"([["N", true]])", kNoThrow, {{"N", {true, 0}}}},
                    {R"([["N", true, 7]])", kNoThrow, {{"N", {true, 0}}}},  // no array: size 0
                    {R"([["N", false, [4, 5]], ["N", true, [6]]])", kNoThrow, {{"N", {false, 4}}}},
-                   {R"([["N", 1]])", kTouch, {}},
                    {R"([["A", true, [2]], ["B", 1, [3]]])", kTouch, {{"A", {true, 2}}}}});
 }
 
@@ -144,7 +136,6 @@ TEST(NavigationReader, AppendsPositionsOfEveryEntry) {
         {Position2D(1, 2), Position2D(3, 4), Position2D(5, 6.5f)}},
        {"null", "KRMotion: nav KRValue is invalid.", {}},
        {"[[0, 0, [1, 2]], [0, 0, [1, 2], 3]]", size, first},
-       {"[[0, 0, [1, 2]], 5]", "KRMotion: nav KRValue is not an array.", first},
        {"[[0, 0, [1, 2]], [0, 0, [[3, 4], [5, \"y\"]]]]", "nav y: Expected a float", first},
        // The position list reader rejects an empty list.
        {"[[0, 0, [1, 2]], [0, 0, []]]", "KRMotion: nav KRValue is empty.", first}});
@@ -169,20 +160,6 @@ MetricalData metrical(const std::string& label1, const std::string& label2,
   d.points = points;
   d.duration = boost::chrono::nanoseconds(nanoseconds);
   return d;
-}
-
-TEST(MetricalDataRecord, ComparesEveryField) {
-  const std::vector<Position3D> p{Position3D(1, 2, 3)};
-  const MetricalData d = metrical("a", "b", moved(1, 2, 3), p, 5);
-  EXPECT_EQ(d, metrical("a", "b", moved(1, 2, 3), p, 5));
-  EXPECT_FALSE(d != d);
-  for (const MetricalData& other :
-       {metrical("x", "b", moved(1, 2, 3), p, 5), metrical("a", "x", moved(1, 2, 3), p, 5),
-        metrical("a", "b", moved(1, 2, 4), p, 5), metrical("a", "b", moved(1, 2, 3), {}, 5),
-        metrical("a", "b", moved(1, 2, 3), {Position3D(1, 2, 4)}, 5),
-        metrical("a", "b", moved(1, 2, 3), p, 6)}) {
-    EXPECT_NE(d, other);
-  }
 }
 
 // A shape failure leaves `old` untouched; a bad point leaves the labels
@@ -214,16 +191,11 @@ TEST(MetricalDataReader, ShapeThenLabelsPointsTransformDuration) {
        {"[]", kEmpty, old},
        {"\"a\"", kNotArray, old},
        {with(4, ""), shape, old},
-       {with(4, "[2, 250], 0"), shape, old},
        {with(0, "1"), shape, old},
-       {with(2, "\"p\""), shape, old},
        {with(3, "[1, 0, 0, 0.5, 0, 1, 0, 0, 0, 0, 1, 0]"), shape, old},
-       {with(4, "[2, 250, 0]"), shape, old},
        {with(2, "[[1, 2, 3], [1, 2]]"),
         "KRMotion: MetricalDataExtractor Expected an KRValue with 3 floats for x, y, z.",
         labelsAndFirst},
-       {with(2, "[[1, 2, 3], [1, 2, \"z\"], [7, 8, 9]]"),
-        "MetricalDataExtractor z: Expected a float", labelsAndFirst},
        {with(4, "[2, \"u\"]"), kNotInt,
         metrical("a", "b", moved(0.5f, 0, 0), read2, old.duration.count())},
        // A rejected transform is left as read; the duration is not reached.
@@ -247,10 +219,6 @@ TEST(MetricalDataWriter, LayoutAndRoundTrip) {
   MetricalData back;
   extractMetricalDataFromKRValue(value, "arg", back);
   EXPECT_EQ(back, d);
-  // No points still writes an array the reader takes.
-  extractKRValueFromMetricalData(MetricalData(), value);
-  extractMetricalDataFromKRValue(value, "arg", back);
-  EXPECT_EQ(back, MetricalData());
 }
 
 }  // namespace

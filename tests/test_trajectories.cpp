@@ -76,8 +76,6 @@ TEST(TrajectoryDescriptions, MessagesInTheOrderOfTheChecks) {
                  "t Wrong TrajectoryPose2D type format");
   expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], 0.5, 2.0])", kInvalidSize, kWrongComposed,
                  kInvalidSize);
-  expectMessages(R"(["Holonomic", ["Line", [1, 0]], 2.0])", kInvalidSize, kWrongComposed,
-                 kInvalidSize);
   expectMessages(R"(["holonomic", ["Line", [1, 0]], 0.5, 2.0])", kUnknown, kWrongComposed,
                  kUnknown);
   expectMessages(R"(["Composed"])", kUnknown, "t Empty Composed TrajectoryPose2D",
@@ -90,11 +88,15 @@ TEST(TrajectoryDescriptions, MessagesInTheOrderOfTheChecks) {
   expectMessages(R"(["Holonomic", ["Line", [1]], "a", "b"])",
                  "KRMotion: t Position2D is not valid. It has to be [x, y].", kWrongComposed,
                  "KRMotion: t Position2D is not valid. It has to be [x, y].");
+  // Seconds that no fraction of ints holds, and seconds too many periods long.
+  const std::string seconds =
+      "A duration of 10000000000.000000 seconds does not fit an exact fraction of ints.";
+  expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], 1e10])", seconds, kWrongComposed, seconds);
+  const std::string periods = "300000000000 periods of 1/100 s do not fit an exact fraction of ints.";
+  expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], 3e9])", periods, kWrongComposed, periods);
   expectMessages(R"(["Holonomic", ["Line", [1, 0]], null, "b"])",
                  "t KRValue: Expected a float but found an invalid KRValue", kWrongComposed,
                  "t KRValue: Expected a float but found an invalid KRValue");
-  expectMessages(R"(["NonHolonomic", ["Line", [1, 0]], "s"])", "t KRValue: Expected a float",
-                 kWrongComposed, "t KRValue: Expected a float");
   // A failing second element leaves the caller's builder as it was.
   expectMessages(
       R"(["Composed", ["NonHolonomic", ["Line", [1, 0]], 2], ["Holonomic", ["Line", [1, 0]], 1]])",
@@ -114,51 +116,29 @@ TEST(TrajectoryDescriptions, TheSizeIsCheckedBeforeTheFactoryIsMade) {
                std::runtime_error);
 }
 
-// The state at the end of a trajectory built at rest at the origin.
-struct Built {
-  double seconds;
-  Pose2D end;
-  bool holonomic;
-};
+// The position where a trajectory built at rest at the origin ends.
+Pose2D endOf(const KRTrajectoryPose2D& trajectory) {
+  return trajectory.stateAt(KR::Math::toSeconds(trajectory.duration())).position;
+}
 
-template <typename Builder>
-Built build(const Builder& builder) {
-  const std::unique_ptr<KRTrajectoryPose2D> trajectory(builder(Pose2DPosVelAcc()));
-  const double seconds = KR::Math::toSeconds(trajectory->duration());
-  return {seconds, trajectory->stateAt(seconds).position,
-          dynamic_cast<KRTrajectoryPose2DHolonomic*>(trajectory.get()) != nullptr};
+void expectNear(const Pose2D& got, const Pose2D& expected) {
+  EXPECT_NEAR(got.x, expected.x, 1e-5);
+  EXPECT_NEAR(got.y, expected.y, 1e-5);
+  EXPECT_NEAR(got.theta, expected.theta, 1e-5);
 }
 
 TEST(TrajectoryDescriptions, BuildersFollowThePathForTheDurationGiven) {
-  const struct {
-    const char* text;
-    Built expected;
-  } rows[] = {
-      {R"(["Holonomic", ["Line", [1.0, 0.0]], 0.5, 2.0])", {2.0, Pose2D(1, 0, 0.5f), true}},
-      {R"(["NonHolonomic", ["Line", [1.0, 0.0]], 2.0])", {2.0, Pose2D(1, 0, 0), false}},
-      {R"(["NonHolonomic", ["Composed", ["Line", [1, 0]], ["Line", [0, 1]]], 6])",
-       {6.0, Pose2D(1, 1, 1.5707964f), false}},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
-    const KRValue value = parse(row.text);
-    DirectTrajectoryPose2DBuilder direct;
-    TrajectoryPose2DBuilder general;
-    extractDirectTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f,
-                                                    direct);
-    extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f,
-                                              general);
-    for (const Built& built : {build(direct), build(general)}) {
-      EXPECT_EQ(built.seconds, row.expected.seconds);
-      EXPECT_NEAR(built.end.x, row.expected.end.x, 1e-5);
-      EXPECT_NEAR(built.end.y, row.expected.end.y, 1e-5);
-      EXPECT_NEAR(built.end.theta, row.expected.end.theta, 1e-5);
-      EXPECT_EQ(built.holonomic, row.expected.holonomic);
-    }
-  }
-}
+  DirectTrajectoryPose2DBuilder direct;
+  extractDirectTrajectoryPose2DBuilderFromKRValue(
+      parse(R"(["Holonomic", ["Line", [1.0, 0.0]], 0.5, 2.0])"), "t", kPeriod, kLimits, kLimits,
+      1.0f, direct);
+  const std::unique_ptr<KRDirectTrajectoryPose2D> holonomic(direct(Pose2DPosVelAcc()));
+  ASSERT_NE(dynamic_cast<KRTrajectoryPose2DHolonomic*>(holonomic.get()), nullptr);
+  EXPECT_EQ(KR::Math::toSeconds(holonomic->duration()), 2.0);
+  expectNear(endOf(*holonomic), Pose2D(1, 0, 0.5f));
 
-TEST(TrajectoryDescriptions, AComposedTrajectoryRunsItsPiecesOneAfterTheOther) {
+  // A composed trajectory runs its pieces one after the other; the general
+  // function makes the same.
   const KRValue value = parse(R"(["Composed", ["NonHolonomic", ["Line", [1, 0]], 2],
                                    ["Holonomic", ["Line", [1, 0]], -0.5, 1.5]])");
   TrajectoryPose2DComposedBuilder composed;
@@ -167,14 +147,12 @@ TEST(TrajectoryDescriptions, AComposedTrajectoryRunsItsPiecesOneAfterTheOther) {
                                                     composed);
   extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f, general);
   const std::unique_ptr<KRTrajectoryPose2DComposed> trajectory(composed(Pose2DPosVelAcc()));
+  const std::unique_ptr<KRTrajectoryPose2D> same(general(Pose2DPosVelAcc()));
   ASSERT_EQ(trajectory->pieces().size(), 2u);
   EXPECT_EQ(KR::Math::toSeconds(trajectory->duration()), 3.5);
-  const Pose2D end = trajectory->stateAt(3.5).position;
-  EXPECT_NEAR(end.x, 2.0f, 1e-5);
-  EXPECT_NEAR(end.theta, -0.5f, 1e-5);
-  const Built viaGeneral = build(general);
-  EXPECT_EQ(viaGeneral.seconds, 3.5);
-  EXPECT_EQ(viaGeneral.end, end);
+  expectNear(endOf(*trajectory), Pose2D(2, 0, -0.5f));
+  EXPECT_EQ(KR::Math::toSeconds(same->duration()), 3.5);
+  EXPECT_EQ(endOf(*same), endOf(*trajectory));
 }
 
 }  // namespace

@@ -2,13 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <pwd.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <limits>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -32,21 +27,6 @@ TEST(ZuOsTimeval, SplitsTowardZeroRoundTripsToWholeMicrosecondsAndWraps) {
   // Beyond the nanosecond range: wraps modulo 2^64 instead of overflowing.
   EXPECT_EQ(timeval(kMax, 0).toDuration().count(), -1000000000);
   EXPECT_EQ(timeval(0, kMin).toDuration().count(), 0);
-}
-
-TEST(ZuOsHome, EnvironmentFirstThenPasswordDatabase) {
-  const auto setHome = [](const char* v) { v ? setenv("HOME", v, 1) : unsetenv("HOME"); };
-  const passwd* entry = getpwuid(geteuid());
-  const std::string fromPasswd = entry != nullptr && entry->pw_dir != nullptr ? entry->pw_dir : "";
-  const char* const old = std::getenv("HOME");
-  const std::string saved = old != nullptr ? old : "";
-  const std::pair<const char*, std::string> cases[] = {
-      {"/srv/robot/home", "/srv/robot/home"}, {"", fromPasswd}, {nullptr, fromPasswd}};
-  for (const auto& c : cases) {
-    setHome(c.first);
-    EXPECT_EQ(zu::os::home(), c.second) << (c.first ? c.first : "(unset)");
-  }
-  setHome(old != nullptr ? saved.c_str() : nullptr);
 }
 
 }  // namespace
