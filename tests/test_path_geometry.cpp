@@ -1,17 +1,22 @@
-// Geometry of the path and trajectory layer of krmath: paths in the start
-// frame, and what the trajectory factories make of them beyond the speed
-// profile (test_trajectory_profile.cpp).
+// Paths and trajectories of krmath: paths in the start frame, and the speed
+// profile of trajectories checked against a reference written differently (a
+// fine-grid forward and backward integration of the speed along the path).
+// Sampled every millisecond, no limit is exceeded and the velocity never steps
+// by more than the acceleration allows.
 #include <kr/math/rationalseconds.h>
 #include <kr/math/trajectory/pathfactory.h>
 #include <kr/math/trajectory/trajectoryfactory.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace {
@@ -20,7 +25,12 @@ using namespace KR::Math;
 using namespace KR::Math::Trajectory;
 
 constexpr float kPi = 3.14159265f;
+const float kNaN = std::numeric_limits<float>::quiet_NaN();
 const RationalSeconds kPeriod(boost::rational<int>(1, 100));
+const RationalSeconds kFastest(boost::rational<int>(0));
+const Limits kUnit(1.0f, 1.0f);
+const Limits kLinear(0.5f, 0.5f);
+const Limits kAngular(1.0f, 1.0f);
 
 RationalSeconds seconds(int num, int den = 1) {
   return RationalSeconds(boost::rational<int>(num, den));
@@ -38,22 +48,22 @@ void expectAtRest(const Pose2DPosVelAcc& state, const Pose2D& pose) {
   EXPECT_EQ(state.acceleration, Pose2D(0, 0, 0));
 }
 
-template <class Path>
-std::unique_ptr<Path> build(const boost::function<Path*(const Pose2D&)>& builder,
-                            const Pose2D& start) {
-  return std::unique_ptr<Path>(builder(start));
+// Takes ownership of what a builder made.
+template <class T>
+std::unique_ptr<T> own(T* made) {
+  return std::unique_ptr<T>(made);
 }
 
-// ---- Paths ----------------------------------------------------------------
+Pose2DPosVelAcc at(const Pose2D& pose) { return {pose, Pose2D(), Pose2D()}; }
 
-struct LineCase {
-  Pose2D start;
-  Position2D end;
-  Pose2D expectedEnd;
-};
+// ---- Paths -----------------------------------------------------------------
 
 TEST(PathGeometry, LineEndsInTheStartFrame) {
-  const LineCase cases[] = {
+  const struct {
+    Pose2D start;
+    Position2D end;
+    Pose2D expectedEnd;
+  } cases[] = {
       {{0, 0, 0}, {3, 0}, {3, 0, 0}},
       {{1, 2, kPi / 2}, {3, 0}, {1, 5, kPi / 2}},      // forward is +y
       {{1, 2, kPi / 2}, {0, 2}, {-1, 2, kPi}},         // left is -x
@@ -61,39 +71,34 @@ TEST(PathGeometry, LineEndsInTheStartFrame) {
       {{5, 5, 7.0f}, {2, 0}, {5 + 2 * std::cos(7.0f), 5 + 2 * std::sin(7.0f), 7.0f}},
   };
   const PathFactory factory(1.0f);
-  for (const LineCase& c : cases) {
-    const auto path = build(factory.lineBuilder(c.end), c.start);
+  for (const auto& c : cases) {
+    const auto path = own(factory.lineBuilder(c.end)(c.start));
     EXPECT_EQ(path->kind(), KRDirectPath2D::Kind::Line);
     expectPose(path->endPose(), c.expectedEnd);
     EXPECT_NEAR(path->length(), std::hypot(c.end.x, c.end.y), 1e-5);
     EXPECT_EQ(path->startPose(), c.start);
   }
+  // The scale multiplies points, not angles.
+  const auto scaled = own(PathFactory(0.001f).circleBuilder({0, 1000}, kPi)(Pose2D()));
+  expectPose(scaled->endPose(), {0, 2, kPi});
 }
-
-TEST(PathGeometry, ScaleMultipliesPointsNotAngles) {
-  const auto path = build(PathFactory(0.001f).circleBuilder({0, 1000}, kPi), Pose2D());
-  expectPose(path->endPose(), {0, 2, kPi});
-  EXPECT_NEAR(path->length(), kPi, 1e-5);
-}
-
-struct ArcCase {
-  Pose2D start;
-  Position2D centre;  // start frame
-  float angle;
-  Position2D worldCentre;
-  Pose2D expectedEnd;
-};
 
 TEST(PathGeometry, ArcKeepsItsRadiusAndTurnsTheGivenWay) {
-  const ArcCase cases[] = {
+  const struct {
+    Pose2D start;
+    Position2D centre;  // start frame
+    float angle;
+    Position2D worldCentre;
+    Pose2D expectedEnd;
+  } cases[] = {
       {{0, 0, 0}, {0, 1}, kPi / 2, {0, 1}, {1, 1, kPi / 2}},
       {{0, 0, 0}, {0, -2}, -kPi, {0, -2}, {0, -4, -kPi}},
       {{1, 1, kPi / 2}, {0, 1}, kPi / 2, {0, 1}, {0, 2, kPi}},
       {{0, 0, 0}, {0, 1}, 4 * kPi, {0, 1}, {0, 0, 4 * kPi}},  // two full turns
   };
   const PathFactory factory(1.0f);
-  for (const ArcCase& c : cases) {
-    const auto path = build(factory.circleBuilder(c.centre, c.angle), c.start);
+  for (const auto& c : cases) {
+    const auto path = own(factory.circleBuilder(c.centre, c.angle)(c.start));
     const float radius = std::hypot(c.centre.x, c.centre.y);
     ASSERT_EQ(path->segments().size(), 1u);
     EXPECT_NEAR(path->segments()[0].curvature, (c.angle > 0 ? 1 : -1) / radius, 1e-6);
@@ -111,7 +116,7 @@ TEST(PathGeometry, DegenerateArcsAndLinesHaveNoLength) {
   const Pose2D start(1, 2, 3);
   for (const auto& builder : {factory.circleBuilder({0, 0}, 1.0f),
                               factory.circleBuilder({0, 1}, 0.0f), factory.lineBuilder({0, 0})}) {
-    const auto path = build(builder, start);
+    const auto path = own(builder(start));
     EXPECT_EQ(path->length(), 0.0f);
     EXPECT_TRUE(path->segments().empty());
     EXPECT_EQ(path->poseAt(1.0f), start);
@@ -122,15 +127,13 @@ TEST(PathGeometry, DegenerateArcsAndLinesHaveNoLength) {
 TEST(PathGeometry, FlatPathHasItsThreeParts) {
   // Quarter turn left about (0, 1) to (1, 1), straight up to (1, 3), quarter
   // turn about (0, 3) to (0, 4) facing -x.
-  const auto path = build(PathFactory(1.0f).flatPathBuilder({0, 1}, kPi / 2, {1, 3}, {0, 3},
-                                                            kPi / 2),
-                          Pose2D());
+  const auto path =
+      own(PathFactory(1.0f).flatPathBuilder({0, 1}, kPi / 2, {1, 3}, {0, 3}, kPi / 2)(Pose2D()));
   EXPECT_EQ(path->kind(), KRDirectPath2D::Kind::Flat);
   ASSERT_EQ(path->segments().size(), 3u);
   EXPECT_NEAR(path->segments()[0].curvature, 1.0f, 1e-6);
   EXPECT_EQ(path->segments()[1].curvature, 0.0f);
   EXPECT_NEAR(path->segments()[1].length, 2.0f, 1e-5);
-  expectPose(path->segments()[1].start, {1, 1, kPi / 2});
   expectPose(path->segments()[2].start, {1, 3, kPi / 2});
   EXPECT_NEAR(path->length(), 2 + kPi, 1e-5);
   expectPose(path->endPose(), {0, 4, kPi});
@@ -142,9 +145,8 @@ TEST(PathGeometry, FlatPathHasItsThreeParts) {
 // segments (found by fuzzing: poseAt(length()) stopped metres before the end
 // on the last, small arc).
 TEST(PathGeometry, PoseAtTheFloatLengthIsTheEndOfALongPath) {
-  const auto path = build(PathFactory(1.0f).flatPathBuilder({0, 0.5f}, 1.5707964f, {2, 1},
-                                                            {1, 2.5f}, -185707964.0f),
-                          Pose2D());
+  const auto path = own(PathFactory(1.0f).flatPathBuilder({0, 0.5f}, 1.5707964f, {2, 1},
+                                                          {1, 2.5f}, -185707964.0f)(Pose2D()));
   ASSERT_GT(path->length(), 1e8f);
   EXPECT_EQ(path->poseAt(path->length()), path->endPose());
   EXPECT_EQ(path->poseAt(path->length() * 2), path->endPose());
@@ -152,27 +154,19 @@ TEST(PathGeometry, PoseAtTheFloatLengthIsTheEndOfALongPath) {
 
 TEST(PathGeometry, ComposedPiecesChainAtThePreviousEnd) {
   const PathFactory factory(1.0f);
-  const auto straight =
-      build(factory.composedPathBuilder({factory.lineBuilder({1, 0}), factory.lineBuilder({1, 0})}),
-            Pose2D(1, 1, kPi));
-  expectPose(straight->endPose(), {-1, 1, kPi});
-  EXPECT_NEAR(straight->length(), 2.0f, 1e-6);
-  EXPECT_EQ(straight->pieces().size(), 2u);
-
-  const auto turnLeft = build(
-      factory.composedPathBuilder({factory.circleBuilder({0, 1}, kPi / 2), factory.lineBuilder({1, 0})}),
-      Pose2D());
-  expectPose(turnLeft->endPose(), {1, 2, kPi / 2});
-  expectPose(turnLeft->poseAt(kPi / 2 + 0.5f), {1, 1.5f, kPi / 2});
+  const auto turnLeft = own(factory.composedPathBuilder(
+      {factory.circleBuilder({0, 1}, kPi / 2), factory.lineBuilder({1, 0})})(Pose2D(1, 1, kPi)));
+  expectPose(turnLeft->endPose(), {0, -1, 3 * kPi / 2});
+  EXPECT_EQ(turnLeft->pieces().size(), 2u);
+  expectPose(turnLeft->poseAt(kPi / 2 + 0.5f), {0, -0.5f, 3 * kPi / 2});
 
   // At a corner the pose ends the earlier segment.
-  const auto corner = build(
-      factory.composedPathBuilder({factory.lineBuilder({1, 0}), factory.lineBuilder({0, 1})}),
-      Pose2D());
+  const auto corner = own(factory.composedPathBuilder(
+      {factory.lineBuilder({1, 0}), factory.lineBuilder({0, 1})})(Pose2D()));
   EXPECT_EQ(corner->poseAt(1.0f), Pose2D(1, 0, 0));
   expectPose(corner->poseAt(1.5f), {1, 0.5f, kPi / 2});
 
-  const auto empty = build(factory.composedPathBuilder({}), Pose2D(1, 2, 3));
+  const auto empty = own(factory.composedPathBuilder({})(Pose2D(1, 2, 3)));
   EXPECT_EQ(empty->length(), 0.0f);
   EXPECT_EQ(empty->poseAt(10.0f), Pose2D(1, 2, 3));
   EXPECT_EQ(empty->endPose(), Pose2D(1, 2, 3));
@@ -183,49 +177,302 @@ TEST(PathGeometry, ComposedPiecesChainAtThePreviousEnd) {
 
 TEST(PathGeometry, BadDescriptionsThrow) {
   const PathFactory factory(1.0f);
-  const float nan = std::numeric_limits<float>::quiet_NaN();
   const float inf = std::numeric_limits<float>::infinity();
   EXPECT_THROW(PathFactory{0.0f}, std::runtime_error);
-  EXPECT_THROW(PathFactory{nan}, std::runtime_error);
-  EXPECT_THROW(factory.lineBuilder({nan, 0}), std::runtime_error);
+  EXPECT_THROW(PathFactory{kNaN}, std::runtime_error);
+  EXPECT_THROW(factory.lineBuilder({kNaN, 0}), std::runtime_error);
   EXPECT_THROW(factory.circleBuilder({0, 1}, inf), std::runtime_error);
   EXPECT_THROW(factory.circleBuilder({0, 1}, 1e30f), std::runtime_error);  // absurd length
   EXPECT_THROW(factory.lineBuilder({3e38f, 0}), std::runtime_error);
-  EXPECT_THROW(factory.lineBuilder({1, 0})(Pose2D(nan, 0, 0)), std::runtime_error);
+  EXPECT_THROW(factory.lineBuilder({1, 0})(Pose2D(kNaN, 0, 0)), std::runtime_error);
   EXPECT_THROW(factory.composedPathBuilder({})(Pose2D(0, inf, 0)), std::runtime_error);
 }
 
-// ---- Trajectories ---------------------------------------------------------
+// ---- Speed profile against the reference -----------------------------------
 
-const Limits kUnit(1.0f, 1.0f);
+// Rest-to-rest time over `distance` with a speed and an acceleration bound.
+double restToRest(double distance, double speed, double acceleration) {
+  if (distance <= speed * speed / acceleration) {
+    return 2.0 * std::sqrt(distance / acceleration);
+  }
+  return distance / speed + speed / acceleration;
+}
 
-Pose2DPosVelAcc at(const Pose2D& pose) { return {pose, Pose2D(), Pose2D()}; }
+// The fastest time along `path` by integration on a grid of 20 um: the
+// speed bound at every grid point (0 at corners and the end), then u = v^2
+// raised forward and backward by 2 a ds with the tangential acceleration the
+// centripetal one leaves. A base facing along the path adds k v and k a to
+// its rotation and turns on the spot at corners.
+double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& angular,
+                     bool facing) {
+  struct Point {
+    double ds, k, bound2;
+  };
+  std::vector<Point> grid;
+  double time = 0.0;  // turns on the spot
+  double heading = path.startPose().theta;
+  for (const Segment2D& segment : path.segments()) {
+    const double jump = std::remainder(segment.start.theta - heading, 2 * M_PI);
+    const bool corner = std::fabs(jump) > 1e-3 && (facing || !grid.empty());
+    if (corner && facing) {
+      time += restToRest(std::fabs(jump), angular.maxVelocity, angular.maxAcceleration);
+    }
+    if (corner && !grid.empty()) {
+      grid.back().bound2 = 0;
+    }
+    const double k = std::fabs(segment.curvature);
+    double bound = linear.maxVelocity;
+    if (k > 0) {
+      bound = std::min({bound, std::sqrt(linear.maxAcceleration / k),
+                        facing ? angular.maxVelocity / k : bound});
+    }
+    const int n = std::max(2, static_cast<int>(segment.length / 2e-5));
+    grid.insert(grid.end(), n, Point{segment.length / n, k, bound * bound});
+    heading = segment.endPose().theta;
+  }
+  grid.push_back({0, 0, 0});
+  auto tangential = [&](const Point& p, double u) {
+    const double a = linear.maxAcceleration;
+    const double left = std::sqrt(std::max(0.0, a * a - p.k * p.k * u * u));
+    return facing && p.k > 0 ? std::min(left, angular.maxAcceleration / p.k) : left;
+  };
+  std::vector<double> u(grid.size(), 0.0);
+  for (std::size_t i = 0; i + 1 < grid.size(); ++i) {
+    u[i + 1] = std::min(grid[i + 1].bound2, u[i] + 2 * grid[i].ds * tangential(grid[i], u[i]));
+  }
+  for (std::size_t i = grid.size() - 1; i-- > 0;) {
+    u[i] = std::min(u[i], u[i + 1] + 2 * grid[i].ds * tangential(grid[i], u[i + 1]));
+    time += 2 * grid[i].ds / (std::sqrt(u[i]) + std::sqrt(u[i + 1]) + 1e-300);
+  }
+  return time;
+}
 
-struct DurationCase {
-  Position2D end;
-  float fraction;
-  RationalSeconds asked;
-  RationalSeconds expected;
+// Every millisecond: limits held, positions moving no faster than the
+// speed, velocity (x, y) stepping by no more than the acceleration allows;
+// the rotation rate too when it is not tied to the path's curvature.
+void expectSmoothAndWithinLimits(const KRTrajectoryPose2D& t, bool rateContinuous) {
+  const double dt = 1e-3;
+  const double end = toSeconds(t.duration());
+  const double slack = 1 + 1e-5;
+  Pose2DPosVelAcc previous = t.stateAt(0.0);
+  int bad = 0;
+  for (double time = dt; time <= end + dt && bad < 5; time += dt) {
+    const Pose2DPosVelAcc s = t.stateAt(time);
+    const double speed = std::hypot(s.velocity.x, s.velocity.y);
+    const bool ok =
+        speed <= kLinear.maxVelocity * slack &&
+        std::hypot(s.acceleration.x, s.acceleration.y) <= kLinear.maxAcceleration * slack &&
+        std::fabs(s.velocity.theta) <= kAngular.maxVelocity * slack &&
+        std::fabs(s.acceleration.theta) <= kAngular.maxAcceleration * slack &&
+        speed <= t.speedBoundAt(time) * slack + 1e-6 &&
+        std::hypot(s.velocity.x - previous.velocity.x, s.velocity.y - previous.velocity.y) <=
+            kLinear.maxAcceleration * dt * slack + 1e-6 &&
+        std::hypot(s.position.x - previous.position.x, s.position.y - previous.position.y) <=
+            kLinear.maxVelocity * dt * slack + 1e-6 &&
+        (!rateContinuous || std::fabs(s.velocity.theta - previous.velocity.theta) <=
+                                kAngular.maxAcceleration * dt * slack + 1e-6);
+    if (!ok) {
+      ++bad;
+      ADD_FAILURE() << "at " << time << " s: " << s << " after " << previous;
+    }
+    previous = s;
+  }
+}
+
+struct PathCase {
+  const char* name;
+  std::function<void(TrajectoryFactory&)> add;
+  double expectedNonHolonomic;  // seconds, when known in closed form; else 0
 };
 
-TEST(TrajectoryGeometry, DurationIsAskedOrFastestInWholePeriods) {
-  const DurationCase cases[] = {
+void collinear(TrajectoryFactory& f, int count, float length) {
+  for (int i = 0; i < count; ++i) {
+    f.addLine({length, 0});
+  }
+}
+
+const PathCase kPaths[] = {
+    // 1 s up to 0.5 m/s, cruise, 1 s down: no stop between the pieces.
+    {"three collinear lines", [](TrajectoryFactory& f) { collinear(f, 3, 1.0f); }, 7.0},
+    {"twenty short lines", [](TrajectoryFactory& f) { collinear(f, 20, 0.1f); }, 5.0},
+    {"line, tangent quarter arc, line",
+     [](TrajectoryFactory& f) {
+       f.addLine({2, 0});
+       f.addCircle({0, 1}, kPi / 2);
+       f.addLine({2, 0});
+     },
+     0},
+    {"S-bend",
+     [](TrajectoryFactory& f) {
+       f.addCircle({0, 0.6f}, kPi / 2);
+       f.addCircle({0, -0.6f}, -kPi / 2);
+       f.addLine({0.5f, 0});
+     },
+     0},
+    {"square corners",
+     [](TrajectoryFactory& f) {
+       f.addLine({1, 0});
+       f.addLine({0, 1});
+       f.addLine({0, 1});
+     },
+     0},
+    // Radius 0.2 m: the centripetal bound (0.32 m/s) binds below 0.5 m/s.
+    {"tight arcs", [](TrajectoryFactory& f) {
+       f.addLine({0.5f, 0});
+       f.addCircle({0, 0.2f}, 3 * kPi / 2);
+       f.addFlat({0, -0.2f}, -kPi, {0.4f, 0}, {0, 0.15f}, kPi);
+     },
+     0},
+    {"very short pieces",
+     [](TrajectoryFactory& f) {
+       for (int i = 0; i < 30; ++i) {
+         f.addCircle({0, i % 2 ? -0.5f : 0.5f}, i % 2 ? -0.02f : 0.02f);
+         f.addLine({0.003f, 0});
+       }
+     },
+     0},
+    // A corner of one float step is driven through: no turn on the spot.
+    {"rounding-size corner",
+     [](TrajectoryFactory& f) {
+       f.addLine({1, 0});
+       f.addLine({1, 1e-7f});
+     },
+     4.0 + 1.0},
+};
+
+TEST(TrajectoryProfile, FastestWithinLimitsAndMatchesTheReference) {
+  for (const PathCase& c : kPaths) {
+    for (const bool facing : {true, false}) {
+      SCOPED_TRACE(std::string(c.name) + (facing ? ", non-holonomic" : ", holonomic"));
+      std::unique_ptr<KRDirectTrajectoryPose2D> t;
+      if (facing) {
+        NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+        c.add(factory);
+        t.reset(factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
+      } else {
+        HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+        c.add(factory);
+        t.reset(factory.getTrajectoryBuilder(0.0f, kFastest)(Pose2DPosVelAcc()));
+      }
+      const double seconds = toSeconds(t->duration());
+      const double reference = referenceTime(t->path(), kLinear, kAngular, facing);
+      EXPECT_LE(seconds, reference * 1.01 + 0.01) << reference;
+      EXPECT_GE(seconds, reference * 0.999) << reference;
+      if (facing && c.expectedNonHolonomic > 0) {
+        EXPECT_NEAR(seconds, c.expectedNonHolonomic, 0.01);
+      }
+      EXPECT_EQ(t->minimumDuration().count(), t->duration().count());
+      expectSmoothAndWithinLimits(*t, !facing);
+    }
+  }
+}
+
+// ---- Start state -----------------------------------------------------------
+
+Pose2DPosVelAcc moving(float vx, float vy, float theta = 0.0f, float rate = 0.0f) {
+  return {Pose2D(0, 0, theta), Pose2D(vx, vy, rate), Pose2D(0.2f, 0, 0)};
+}
+
+TEST(TrajectoryProfile, StartsWithAFeasibleStartVelocity) {
+  NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+  factory.addLine({3, 0});
+  const Pose2DPosVelAcc start = moving(0.5f, 0);
+  const auto t = own(factory.getTrajectoryBuilder(kFastest)(start));
+  // Cruise 2.75 m, then 1 s down; the start acceleration is not used.
+  EXPECT_EQ(t->duration().count(), boost::rational<int>(13, 2));
+  EXPECT_EQ(factory.minimumDuration(start).count(), t->duration().count());
+  const Pose2DPosVelAcc at0 = t->stateAt(0.0);
+  EXPECT_EQ(at0.position, start.position);
+  EXPECT_EQ(at0.velocity, start.velocity);
+  EXPECT_EQ(at0.acceleration, Pose2D());
+  expectSmoothAndWithinLimits(*t, false);
+
+  HolonomicTrajectoryFactory omni(kLinear, kAngular, kPeriod, 1.0f);
+  omni.addLine({0, 2});
+  const Pose2DPosVelAcc sideways = moving(0, 0.4f, 0.0f, 0.5f);
+  const auto h = own(omni.getTrajectoryBuilder(1.0f, kFastest)(sideways));
+  EXPECT_EQ(h->stateAt(0.0).velocity, sideways.velocity);
+  expectSmoothAndWithinLimits(*h, true);
+}
+
+TEST(TrajectoryProfile, AnInfeasibleStartVelocityThrows) {
+  const float wheeled = std::nanf("");  // else the holonomic rotation
+  const struct {
+    const char* name;
+    Pose2DPosVelAcc start;
+    Position2D end;
+    float rotation;
+  } cases[] = {
+      {"sideways for a wheeled base", moving(0, 0.3f), {2, 0}, wheeled},
+      {"backwards", moving(-0.3f, 0), {2, 0}, wheeled},
+      {"above the speed limit", moving(0.6f, 0), {2, 0}, wheeled},
+      {"too fast to stop in 0.2 m", moving(0.5f, 0), {0.2f, 0}, wheeled},
+      {"moving into a corner at the start", moving(0.3f, 0), {1, 1}, wheeled},
+      {"not finite", moving(std::nanf(""), 0), {2, 0}, wheeled},
+      {"turning against the rotation", moving(0.3f, 0, 0, -0.5f), {2, 0}, 1.0f},
+      {"turning too fast to stop within the rotation", moving(0.3f, 0, 0, 1.0f), {2, 0}, 0.1f},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    if (std::isnan(c.rotation)) {
+      NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+      factory.addLine(c.end);
+      EXPECT_THROW(factory.getTrajectoryBuilder(kFastest)(c.start), std::runtime_error);
+    } else {
+      HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+      factory.addLine(c.end);
+      EXPECT_THROW(factory.getTrajectoryBuilder(c.rotation, kFastest)(c.start),
+                   std::runtime_error);
+    }
+  }
+}
+
+// ---- Durations ---------------------------------------------------------------
+
+TEST(TrajectoryDuration, AskedOrFastestInWholePeriods) {
+  const struct {
+    Position2D end;
+    float fraction;
+    RationalSeconds asked, expected;
+  } cases[] = {
       {{0.5f, 0}, 1.0f, seconds(0), seconds(71, 50)},     // 2 sqrt(0.5) = 1.414 -> 142 ticks
       {{1, 0}, 1.0f, seconds(401, 200), seconds(201, 100)},  // asked 200.5 ticks -> 201
       {{1, 0}, 0.5f, seconds(0), seconds(3)},             // 1 s up, 1 s cruise, 1 s down
       {{0, 1}, 1.0f, seconds(0), seconds(458, 100)},      // turn 1 + pi/2 s, then 2 s
       {{0, 0}, 1.0f, seconds(INT_MAX), seconds(INT_MAX)},
   };
-  for (const DurationCase& c : cases) {
+  for (const auto& c : cases) {
     NonHolonomicTrajectoryFactory factory(kUnit, kUnit, kPeriod, c.fraction);
     factory.addLine(c.end);
-    const std::unique_ptr<KRDirectTrajectoryPose2D> t(
-        factory.getTrajectoryBuilder(c.asked)(at(Pose2D())));
+    const auto t = own(factory.getTrajectoryBuilder(c.asked)(at(Pose2D())));
     EXPECT_EQ(t->duration().count(), c.expected.count()) << c.end << " " << c.fraction;
     expectAtRest(t->stateAt(toSeconds(t->duration())),
                  {c.end.x, c.end.y, std::atan2(c.end.y, c.end.x)});
   }
 }
+
+TEST(TrajectoryDuration, ALongerDurationStretchesTheSameProfile) {
+  NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+  factory.addLine({1, 0});
+  factory.addCircle({0, 1}, kPi / 2);
+  const auto fastest = own(factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
+  const double minimum = toSeconds(fastest->duration());
+  const RationalSeconds asked = rationalSecondsFromFloat(2.5f * minimum, kPeriod);
+  const auto slow = own(factory.getTrajectoryBuilder(asked)(Pose2DPosVelAcc()));
+  EXPECT_EQ(slow->duration().count(), asked.count());
+  EXPECT_EQ(slow->minimumDuration().count(), fastest->duration().count());
+  const double k = toSeconds(asked) / minimum;
+  for (const double f : {0.1, 0.4, 0.7, 0.95}) {
+    const Pose2DPosVelAcc a = fastest->stateAt(f * minimum);
+    const Pose2DPosVelAcc b = slow->stateAt(f * minimum * k);
+    EXPECT_NEAR(b.position.x, a.position.x, 1e-3) << f;
+    EXPECT_NEAR(b.position.y, a.position.y, 1e-3) << f;
+    EXPECT_NEAR(b.velocity.x * k, a.velocity.x, 1e-3) << f;
+    EXPECT_NEAR(b.acceleration.y * k * k, a.acceleration.y, 1e-3) << f;
+  }
+}
+
+// ---- Kinds of trajectory -------------------------------------------------------
 
 // A U-turn ends facing the path's last heading value, whatever the start
 // heading's float rounding.
@@ -234,8 +481,7 @@ TEST(TrajectoryGeometry, UTurnEndsOnThePathsHeading) {
   back.addLine({1, 0});
   back.addLine({-1, 0});
   for (const float heading : {0.0f, 0.3f, 1.1f, -2.5f, 5.7f}) {
-    const std::unique_ptr<KRDirectTrajectoryPose2D> u(
-        back.getTrajectoryBuilder(seconds(0))(at(Pose2D(0, 0, heading))));
+    const auto u = own(back.getTrajectoryBuilder(kFastest)(at(Pose2D(0, 0, heading))));
     EXPECT_NEAR(u->path().endPose().theta, heading + kPi, 1e-5);
     expectAtRest(u->stateAt(100.0), u->path().endPose());
   }
@@ -245,22 +491,20 @@ TEST(TrajectoryGeometry, HolonomicTurnsAsAskedWhileFollowingThePath) {
   HolonomicTrajectoryFactory factory(kUnit, kUnit, kPeriod, 1.0f);
   factory.addLine({1, 0});
   // Turning 4 rad takes 1 + 3 + 1 s, longer than the 2 s of the line.
-  const std::unique_ptr<KRTrajectoryPose2DHolonomic> t(
-      factory.getTrajectoryBuilder(-4.0f, seconds(0))(at(Pose2D(0, 0, 0.3f))));
+  const auto t = own(factory.getTrajectoryBuilder(-4.0f, kFastest)(at(Pose2D(0, 0, 0.3f))));
   EXPECT_EQ(t->duration().count(), boost::rational<int>(5));
   EXPECT_EQ(t->rotation(), -4.0f);
   expectAtRest(t->stateAt(0.0), {0, 0, 0.3f});
-  const Pose2D end(std::cos(0.3f), std::sin(0.3f), 0.3f - 4.0f);
-  expectAtRest(t->stateAt(5.0), end);
-  EXPECT_NEAR(t->stateAt(2.5).velocity.theta, -1.0f, 1e-5);  // cruising
-  // The 2 s line is slowed down 2.5 times: halfway at 2.5 s at 1 / 2.5 m/s.
+  expectAtRest(t->stateAt(5.0), {std::cos(0.3f), std::sin(0.3f), 0.3f - 4.0f});
+  // The 2 s line is slowed down 2.5 times: halfway at 2.5 s at 1 / 2.5 m/s,
+  // while the rotation cruises.
   const Pose2DPosVelAcc middle = t->stateAt(2.5);
   expectPose(middle.position, {0.5f * std::cos(0.3f), 0.5f * std::sin(0.3f), 0.3f - 2.0f});
   EXPECT_NEAR(std::hypot(middle.velocity.x, middle.velocity.y), 0.4f, 1e-5);
+  EXPECT_NEAR(middle.velocity.theta, -1.0f, 1e-5);
 
   HolonomicTrajectoryFactory still(kUnit, kUnit, kPeriod, 1.0f);
-  const std::unique_ptr<KRTrajectoryPose2DHolonomic> spin(
-      still.getTrajectoryBuilder(kPi, seconds(0))(at(Pose2D(1, 1, 0))));
+  const auto spin = own(still.getTrajectoryBuilder(kPi, kFastest)(at(Pose2D(1, 1, 0))));
   expectAtRest(spin->stateAt(100.0), {1, 1, kPi});
 }
 
@@ -270,16 +514,14 @@ TEST(TrajectoryGeometry, BuildersOutliveTheirFactory) {
   {
     NonHolonomicTrajectoryFactory a(kUnit, kUnit, kPeriod, 1.0f);
     a.addCircle({0, 1}, kPi);
-    wheeled = a.getTrajectoryBuilder(seconds(0));
+    wheeled = a.getTrajectoryBuilder(kFastest);
     a.addLine({5, 0});  // later additions do not change the builder
     HolonomicTrajectoryFactory b(kUnit, kUnit, kPeriod, 1.0f);
     b.addLine({1, 0});
-    omni = b.getTrajectoryBuilder(1.0f, seconds(0));
+    omni = b.getTrajectoryBuilder(1.0f, kFastest);
   }
-  const std::unique_ptr<KRDirectTrajectoryPose2D> t(wheeled(at(Pose2D())));
-  expectAtRest(t->stateAt(1e6), {0, 2, kPi});
-  const std::unique_ptr<KRTrajectoryPose2DHolonomic> u(omni(at(Pose2D())));
-  expectAtRest(u->stateAt(1e6), {1, 0, 1});
+  expectAtRest(own(wheeled(at(Pose2D())))->stateAt(1e6), {0, 2, kPi});
+  expectAtRest(own(omni(at(Pose2D())))->stateAt(1e6), {1, 0, 1});
 }
 
 TEST(TrajectoryGeometry, ComposedRunsOneAfterTheOther) {
@@ -290,11 +532,11 @@ TEST(TrajectoryGeometry, ComposedRunsOneAfterTheOther) {
   // The holonomic piece ends facing +y, so the last line runs along +y.
   const auto builder = TrajectoryFactory::getComposedTrajectoryBuilder(
       {a.getTrajectoryBuilder(seconds(3)), b.getTrajectoryBuilder(kPi / 2, seconds(3)),
-       a.getTrajectoryBuilder(seconds(0))});
+       a.getTrajectoryBuilder(kFastest)});
   // The first piece starts with the start velocity, arrives early (1.63 s)
   // and rests; every hand-over is at rest.
   const Pose2DPosVelAcc moving(Pose2D(), Pose2D(0.5f, 0, 0), Pose2D());
-  const std::unique_ptr<KRTrajectoryPose2DComposed> t(builder(moving));
+  const auto t = own(builder(moving));
   EXPECT_EQ(t->stateAt(0.0).velocity, moving.velocity);
   EXPECT_EQ(t->duration().count(), boost::rational<int>(3 + 3 + 2));
   EXPECT_EQ(t->minimumDuration().count(), boost::rational<int>(163 + 258 + 200, 100));
@@ -303,60 +545,37 @@ TEST(TrajectoryGeometry, ComposedRunsOneAfterTheOther) {
   expectAtRest(t->stateAt(8.0), {2, 1, kPi / 2});
   expectPose(t->stateAt(7.0).position, {2, 0.5f, kPi / 2});
 
-  const std::unique_ptr<KRTrajectoryPose2DComposed> empty(
-      TrajectoryFactory::getComposedTrajectoryBuilder({})(at(Pose2D(1, 2, 3))));
+  const auto empty = own(TrajectoryFactory::getComposedTrajectoryBuilder({})(at(Pose2D(1, 2, 3))));
   EXPECT_EQ(empty->duration().count(), boost::rational<int>(0));
   expectAtRest(empty->stateAt(1.0), {1, 2, 3});
 
   const auto withHole = TrajectoryFactory::getComposedTrajectoryBuilder(
-      {a.getTrajectoryBuilder(seconds(0)), DirectTrajectoryPose2DBuilder()});
+      {a.getTrajectoryBuilder(kFastest), DirectTrajectoryPose2DBuilder()});
   EXPECT_THROW(withHole(at(Pose2D())), boost::bad_function_call);
 }
 
-// A factory of its own that records what is added, as a user may write.
-class RecordingFactory : public TrajectoryFactory {
- public:
-  RecordingFactory() : TrajectoryFactory(kUnit, kUnit, kPeriod, 1.0f) {}
-  void addLine(const Position2D& end) override {
-    ++lines;
-    TrajectoryFactory::addLine(end);
-  }
-  int lines = 0;
-};
-
-TEST(TrajectoryGeometry, DerivedFactoryOverridesTheAddOperations) {
-  RecordingFactory recorder;
-  TrajectoryFactory& base = recorder;
-  base.addLine({1, 0});
-  base.addCircle({0, 1}, 1.0f);
-  EXPECT_EQ(recorder.lines, 1);
-  EXPECT_EQ(recorder.pieces().size(), 2u);
-}
-
 TEST(TrajectoryGeometry, InvalidSettingsThrow) {
-  const float nan = std::numeric_limits<float>::quiet_NaN();
-  const Limits bad[] = {{0, 1}, {1, -1}, {nan, 1}, {1, INFINITY}};
-  for (const Limits& limits : bad) {
+  for (const Limits& limits : {Limits(0, 1), Limits(1, -1), Limits(kNaN, 1), Limits(1, INFINITY)}) {
     EXPECT_THROW(NonHolonomicTrajectoryFactory(limits, kUnit, kPeriod, 1.0f), std::runtime_error);
     EXPECT_THROW(HolonomicTrajectoryFactory(kUnit, limits, kPeriod, 1.0f), std::runtime_error);
   }
-  for (const float fraction : {0.0f, -0.5f, 1.5f, nan}) {
+  for (const float fraction : {0.0f, -0.5f, 1.5f, kNaN}) {
     EXPECT_THROW(NonHolonomicTrajectoryFactory(kUnit, kUnit, kPeriod, fraction),
                  std::runtime_error);
   }
   EXPECT_THROW(NonHolonomicTrajectoryFactory(kUnit, kUnit, seconds(0), 1.0f), std::runtime_error);
 
   HolonomicTrajectoryFactory factory(kUnit, kUnit, kPeriod, 1.0f);
-  EXPECT_THROW(factory.addLine({nan, 0}), std::runtime_error);
+  EXPECT_THROW(factory.addLine({kNaN, 0}), std::runtime_error);
   EXPECT_TRUE(factory.pieces().empty());
-  EXPECT_THROW(factory.getTrajectoryBuilder(nan, seconds(0)), std::runtime_error);
+  EXPECT_THROW(factory.getTrajectoryBuilder(kNaN, kFastest), std::runtime_error);
   EXPECT_THROW(factory.getTrajectoryBuilder(0.0f, seconds(-1)), std::runtime_error);
-  EXPECT_THROW(factory.getTrajectoryBuilder(0.0f, seconds(0))(at(Pose2D(0, nan, 0))),
+  EXPECT_THROW(factory.getTrajectoryBuilder(0.0f, kFastest)(at(Pose2D(0, kNaN, 0))),
                std::runtime_error);
   // A motion lasting far longer than an int number of seconds.
   NonHolonomicTrajectoryFactory slow(Limits(1e-3f, 1.0f), kUnit, kPeriod, 1.0f);
   slow.addLine({1e8f, 0});
-  EXPECT_THROW(slow.getTrajectoryBuilder(seconds(0))(at(Pose2D())), std::runtime_error);
+  EXPECT_THROW(slow.getTrajectoryBuilder(kFastest)(at(Pose2D())), std::runtime_error);
 }
 
 }  // namespace
