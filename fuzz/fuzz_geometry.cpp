@@ -23,14 +23,6 @@ using krfuzz::succeeds;
 
 const std::string kName = "fuzz";
 
-/// Records are plain floats without padding, so their bytes compare every
-/// field bit for bit.
-template <typename Record>
-bool sameRecords(const std::vector<Record>& a, const std::vector<Record>& b) {
-  return a.size() == b.size() &&
-         (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Record)) == 0);
-}
-
 /// A failure of a record's shape test: "KRMotion: <name> ..." from the array
 /// checks or the record's own size check. A number that fails to read names
 /// its field instead ("<name> x: ..."), and the transform check, also
@@ -61,7 +53,7 @@ void checkWritten(const std::vector<Record>& records, Write write, Read read) {
   write(records, written);
   std::vector<Record> back;
   read(written, kName, back);
-  KRFUZZ_CHECK(sameRecords(back, records));
+  KRFUZZ_CHECK(krfuzz::sameRecords(back, records));
 }
 
 void checkRecords(const KR::KRValue& value) {

@@ -1,8 +1,8 @@
 // Rest-request, support-sequence and status readers on arbitrary values: only
-// std::runtime_error escapes (and std::out_of_range from the rest-request
-// writer, for a name without a mode), a support sequence or metrical data is
-// untouched after a failure of its shape, and what a writer wrote from what
-// was read reads back equal.
+// std::runtime_error escapes, a support sequence or metrical data is untouched
+// after a failure of its shape, and temperature status and metrical data
+// written from what was read read back equal. Rest requests go round in
+// fuzz_roundtrip.
 //
 // Input layout: no options; the last byte chooses the value's decoding (see
 // fuzz_value.h).
@@ -18,7 +18,6 @@
 #include <cstdint>
 #include <map>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,19 +31,7 @@ const std::string kName = "fuzz";
 
 void checkRestRequests(const KR::KRValue& value) {
   std::vector<KR::RestRequest> requests;
-  if (!succeeds([&] { extractVectorRestRequestFromKRValue(value, kName, requests); })) {
-    return;
-  }
-  KR::KRValue written;
-  try {
-    extractKRValueFromVectorRestRequest(requests, written);
-  } catch (const std::out_of_range&) {
-    return;
-  }
-  std::vector<KR::RestRequest> back;
-  extractVectorRestRequestFromKRValue(written, kName, back);
-  // A NaN angle equals nothing, not even itself.
-  KRFUZZ_CHECK(back == requests || !(requests == requests));
+  succeeds([&] { extractVectorRestRequestFromKRValue(value, kName, requests); });
 }
 
 void checkSupportSequences(const KR::KRValue& value) {

@@ -111,6 +111,14 @@ inline std::optional<KR::KRValue> decodeValue(FuzzedDataProvider& data) {
 /// Floats compared bit for bit: NaN equals the same NaN, 0 differs from -0.
 inline bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
+/// Records are plain floats without padding, so their bytes compare every
+/// field bit for bit.
+template <typename Record>
+bool sameRecords(const std::vector<Record>& a, const std::vector<Record>& b) {
+  return a.size() == b.size() &&
+         (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Record)) == 0);
+}
+
 inline bool samePose(const KR::Math::Pose2D& a, const KR::Math::Pose2D& b) {
   return sameBits(a.x, b.x) && sameBits(a.y, b.y) && sameBits(a.theta, b.theta);
 }
