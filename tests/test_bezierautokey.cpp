@@ -4,9 +4,7 @@
 #include <kr/math/bezierautokey.h>
 
 #include <limits>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 

@@ -6,13 +6,9 @@
 
 #include "test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <cstdio>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 

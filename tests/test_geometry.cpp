@@ -3,13 +3,9 @@
 #include <kr/krvaluetext.h>
 #include <kr/krvalueutils.h>
 
-#include <gtest/gtest.h>
-
 #include "test_support.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 namespace {
 

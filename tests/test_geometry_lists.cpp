@@ -3,12 +3,7 @@
 #include <kr/krvaluetext.h>
 #include <kr/krvalueutils.h>
 
-#include <gtest/gtest.h>
-
 #include "test_support.h"
-
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -10,9 +10,7 @@
 
 #include <cmath>
 #include <limits>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 

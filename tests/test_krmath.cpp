@@ -1,13 +1,10 @@
-// The geometry library's small pieces: clipping, axis masks, frames and
-// nearness.
-#include <kr/math/axismask.h>
+// The geometry library's small pieces: clipping and nearness (axis masks and
+// frames through their readers, in test_scalar).
 #include <kr/math/clip.h>
-#include <kr/math/frame.h>
 #include <kr/math/isnear.h>
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -35,13 +32,6 @@ TEST(ClipData, ClampsAndReportsChange) {
     EXPECT_EQ(clipData(c.min, c.max, data), c.changed);
     EXPECT_TRUE(data == c.expected || (std::isnan(data) && std::isnan(c.expected))) << data;
   }
-}
-
-TEST(IsAxisMaskAndIsFrame, AcceptOneToSixtyThreeAndZeroToTwo) {
-  for (const int mask : {1, 63}) EXPECT_TRUE(isAxisMask(mask)) << mask;
-  for (const int mask : {0, 64, -1, INT_MIN}) EXPECT_FALSE(isAxisMask(mask)) << mask;
-  for (const int frame : {0, 2}) EXPECT_TRUE(isFrame(frame)) << frame;
-  for (const int frame : {-1, 3}) EXPECT_FALSE(isFrame(frame)) << frame;
 }
 
 TEST(IsNear, InclusiveBoundNaNInfinitiesAndLengths) {

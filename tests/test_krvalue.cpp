@@ -1,7 +1,5 @@
 #include <kr/krvalue.h>
 
-#include <gtest/gtest.h>
-
 #include "test_support.h"
 
 #include <atomic>
@@ -9,11 +7,9 @@
 #include <functional>
 #include <limits>
 #include <new>
-#include <string>
 #include <tuple>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 // Heap accounting: operator new/delete count calls while a HeapCount lives.
 // g++ at -O3 sees the malloc inside this operator new and the free inside this

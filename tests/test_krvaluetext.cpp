@@ -1,7 +1,5 @@
 #include <kr/krvaluetext.h>
 
-#include <gtest/gtest.h>
-
 #include "test_support.h"
 
 #include <cfloat>
@@ -12,9 +10,7 @@
 #include <limits>
 #include <random>
 #include <sstream>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -87,7 +83,6 @@ TEST(ParseKRValueErrors, IntegersOutsideThirtyTwoBits) {
                {"-2147483649", 0},
                {"9223372036854775808", 0},      // fits only an unsigned 64-bit integer
                {"-9223372036854775809", 0},     // beyond 64 bits: the lexer's float path
-               {"99999999999999999999999", 0},
                {"1" + std::string(400, '0'), 0},  // beyond double too
                {"[1, 2147483648]", 4},            // offsets past a byte of look-ahead...
                {"[99999999999999999999999 ]", 1},
@@ -265,13 +260,6 @@ TEST(RoundTrip, RandomIntsFloatsAndBytes) {
     const bool valid = parseError("\"" + s + "\"") == kNoThrow;
     ASSERT_EQ(printKRValue(KRValue(s)) == "\"" + s + "\"", valid);
   }
-}
-
-TEST(Depth, MillionOpenBracketsFailCleanly) {
-  constexpr std::size_t kDepth = 1000000;
-  expectError({{std::string(kDepth, '['), kDepth},
-               {std::string(kDepth, '[') + "1," + std::string(kDepth, ']'), kDepth + 2}},
-              "syntax error");
 }
 
 }  // namespace

@@ -5,11 +5,7 @@
 
 #include "test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -7,9 +7,6 @@
 
 #include <zu/log.h>
 
-#include <string>
-#include <vector>
-
 namespace {
 
 using KR::KRValue;

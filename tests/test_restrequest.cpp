@@ -6,13 +6,8 @@
 
 #include "test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
 #include <ostream>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace KR {
 // Failure output names the fields instead of dumping bytes.

@@ -4,8 +4,6 @@
 
 #include <zu/log.h>
 
-#include <gtest/gtest.h>
-
 #include "log_capture.h"
 #include "test_support.h"
 
@@ -13,9 +11,7 @@
 #include <climits>
 #include <cstdint>
 #include <limits>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 

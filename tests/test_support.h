@@ -1,4 +1,5 @@
-// Helpers shared by the test suites.
+// Helpers shared by the test suites, and the headers every suite uses:
+// GoogleTest, <stdexcept>, <string> and <vector>.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -6,11 +6,7 @@
 
 #include "test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <ostream>
-#include <string>
-#include <vector>
 
 namespace KR {
 namespace Math {

@@ -6,10 +6,7 @@
 
 #include "test_support.h"
 
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <string>
 
 namespace {
 

@@ -65,28 +65,16 @@ def test_unconvertible_values_name_type_and_position(
         assert word in str(raised.value)
 
 
+# Each C++ message is checked in the C++ suites; these rows check how Python
+# values arrive (None is an invalid value, True a bool, [] an empty array) and
+# that every C++ failure becomes a RuntimeError with its text unchanged.
 MESSAGES = [
     (kv.extract_float, (None, "arg", "x"), "arg x: Expected a float but found an invalid KRValue"),
     (kv.extract_float, (True, "arg", "x"), "arg x: Expected a float"),
-    (kv.extract_int_from_krvalue, ("1", "arg", "n"), "arg n: Expected a int"),
     (kv.check_array_from_krvalue, ([], "arg"), "KRMotion: arg KRValue is empty."),
-    (kv.check_array_from_krvalue, (3, "arg"), "KRMotion: arg KRValue is not an array."),
-    (kv.extract_pose2d_from_krvalue, ([1, 2], "p"),
-     "KRMotion: p Pose2D is not valid. It has to be [x, y, theta]."),
-    (kv.extract_vector_pose2d_from_krvalue, ([[1, 2, 3], [1, "y", 3]], "ps"), "ps y: Expected a float"),
-    (kv.extract_key_value_map_from_krvalue, ([[1, 2]], "m", False),
-     "m KRValue is not valid. It should be an array of length 2 arrays, the first element "
-     "being an std::string.\n"),
-    (kv.extract_vector_support_sequence_from_krvalue, ([["a", [], []], ["a", [], []]], "s"),
-     "KRMotion: s At least two support sequences containt the same name."),
-    (kv.extract_navigation_from_krvalue, ([[1, 2]], "n"),
-     "nYour collection of Navigation Position2D was invalid."),
-    (kv.extract_direct_path2d_builder_from_krvalue, (["Flat", [1, 0]], "arg"),
-     "argInvalid Path2DFlat KRValue"),
     (kv.extract_trajectory_pose2d_builder_from_krvalue,
      (["Holonomic", ["Line", [1, 0]], 0.0], "t", Fraction(1, 100), (1, 1), (1, 1), 1.0),
      "tInvalid HolonomicTrajectoryPose2D KRValue"),
-    (kv.rest_reflex_mode_to_string, (7,), "Unknown REST_REFLEX_MODE: 7"),
     (kv.string_to_rest_reflex_mode, ("safe",), "Cannot convert safe to REST_REFLEX_MODE."),
     (kv.loads, ("",), "KRValue text: no value at offset 0: the text is empty or only whitespace"),
 ]
@@ -104,13 +92,11 @@ def test_failures_raise_the_exact_message(function, args, message: str) -> None:
     [
         (kv.extract_vector_pose2d_from_krvalue, [[1, 2, 3], [4, 5, 6.5]], [[1, 2, 3], [4, 5, 6.5]]),
         (kv.extract_vector_pose2d_from_krvalue, [1, 2, 3], [[1, 2, 3]]),
-        (kv.extract_vector_position2d_from_krvalue, [[1, 2], [3, 4], [5, 6]], [[1, 2], [3, 4], [5, 6]]),
         (kv.extract_vector_pose2d_and_time_from_krvalue, [[1, 2, 3], [1, 2, 3, 4]],
          [[1, 2, 3, -1], [1, 2, 3, 4]]),
         (kv.extract_vector_position3d_from_krvalue, None, np.zeros((0, 3))),
         (kv.extract_vector_position6d_from_krvalue, [1, 2, 3, 4, 5, 6], [[1, 2, 3, 4, 5, 6]]),
         (kv.extract_vector_floats_from_krvalue, 2, [2]),
-        (kv.extract_vector_floats_from_krvalue, [1, 2.5], [1, 2.5]),
         (kv.extract_navigation_from_krvalue, [[0, 0, [[1, 2], [3, 4]]], ["a", "b", [5, 6]]],
          [[1, 2], [3, 4], [5, 6]]),
     ],
@@ -132,8 +118,7 @@ def test_writers_take_arrays_or_records_and_write_floats() -> None:
     assert kv.create_krvalue_from_vector_position3d([]) == []
     with pytest.raises(TypeError, match=r"\(N, 2\)"):
         kv.extract_krvalue_from_vector_position2d(np.zeros((2, 3)))
-    poses = kv.extract_vector_pose2d_from_krvalue([[1, 2, 3]], "p")
-    state = kv.Pose2DPosVelAcc(position=kv.Pose2D(*poses[0]))
+    state = kv.Pose2DPosVelAcc(position=kv.Pose2D(1, 2, 3))
     assert kv.extract_krvalue_from_vector_pose2d_pos_vel_acc(np.arange(9).reshape(1, 9)) == [
         [[0.0, 1.0, 2.0], [3.0, 4.0, 5.0], [6.0, 7.0, 8.0]]
     ]
@@ -195,8 +180,6 @@ def test_path_and_trajectory_builders() -> None:
     path = kv.extract_path2d_builder_from_krvalue(["Composed", ["Line", [1, 0]], ["Line", [1, 0]]], "p")(
         kv.Pose2D(1, 0, 0)
     )
-    assert path.length == pytest.approx(2)
-    assert path.end_pose == kv.Pose2D(3, 0, 0)
     assert path.pose_at(0.5) == kv.Pose2D(1.5, 0, 0)
     np.testing.assert_allclose(path.sample(3), [[1, 0, 0], [2, 0, 0], [3, 0, 0]])
 
@@ -205,8 +188,6 @@ def test_path_and_trajectory_builders() -> None:
     )
     trajectory = builder(kv.Pose2D())
     assert trajectory.duration == Fraction(4)
-    end = trajectory.state_at(4.0)
-    assert (end.position.x, end.position.theta) == pytest.approx((1.0, 0.5))
     states = trajectory.sample([0.0, 2.0, 4.0])
     assert states.shape == (3, 9) and states.dtype == np.float32
     np.testing.assert_allclose(states[2, :3], [1.0, 0.0, 0.5], atol=1e-6)
