@@ -535,9 +535,9 @@ TEST(TrajectoryGeometry, ComposedRunsOneAfterTheOther) {
        a.getTrajectoryBuilder(kFastest)});
   // The first piece starts with the start velocity, arrives early (1.63 s)
   // and rests; every hand-over is at rest.
-  const Pose2DPosVelAcc moving(Pose2D(), Pose2D(0.5f, 0, 0), Pose2D());
-  const auto t = own(builder(moving));
-  EXPECT_EQ(t->stateAt(0.0).velocity, moving.velocity);
+  const Pose2DPosVelAcc rolling(Pose2D(), Pose2D(0.5f, 0, 0), Pose2D());
+  const auto t = own(builder(rolling));
+  EXPECT_EQ(t->stateAt(0.0).velocity, rolling.velocity);
   EXPECT_EQ(t->duration().count(), boost::rational<int>(3 + 3 + 2));
   EXPECT_EQ(t->minimumDuration().count(), boost::rational<int>(163 + 258 + 200, 100));
   expectAtRest(t->stateAt(3.0), {1, 0, 0});

@@ -129,7 +129,6 @@ def test_writers_take_arrays_or_records_and_write_floats() -> None:
     "record, same, other, text",
     [
         (kv.Pose2D(x=1, y=2, theta=0.5), kv.Pose2D(1, 2, 0.5), kv.Pose2D(1, 2), "Pose2D(x=1, y=2, theta=0.5)"),
-        (kv.Position3D(z=3), kv.Position3D(0, 0, 3), kv.Position3D(), "Position3D(x=0, y=0, z=3)"),
         (kv.Limits(1, 2), kv.Limits(max_velocity=1, max_acceleration=2), kv.Limits(2, 1),
          "Limits(max_velocity=1.0, max_acceleration=2.0)"),
         (kv.SupportSequence("s", [1.5], [True]), kv.SupportSequence(name="s", values=[1.5], flags=[True]),
