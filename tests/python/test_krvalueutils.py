@@ -66,8 +66,9 @@ def test_unconvertible_values_name_type_and_position(
 
 
 # Each C++ message is checked in the C++ suites; these rows check how Python
-# values arrive (None is an invalid value, True a bool, [] an empty array) and
-# that every C++ failure becomes a RuntimeError with its text unchanged.
+# values arrive (None is an invalid value, True a bool, [] an empty array, an
+# int outside the enumeration) and that every C++ failure becomes a
+# RuntimeError with its text unchanged.
 MESSAGES = [
     (kv.extract_float, (None, "arg", "x"), "arg x: Expected a float but found an invalid KRValue"),
     (kv.extract_float, (True, "arg", "x"), "arg x: Expected a float"),
@@ -75,6 +76,7 @@ MESSAGES = [
     (kv.extract_trajectory_pose2d_builder_from_krvalue,
      (["Holonomic", ["Line", [1, 0]], 0.0], "t", Fraction(1, 100), (1, 1), (1, 1), 1.0),
      "tInvalid HolonomicTrajectoryPose2D KRValue"),
+    (kv.rest_reflex_mode_to_string, (7,), "Unknown REST_REFLEX_MODE: 7"),
     (kv.string_to_rest_reflex_mode, ("safe",), "Cannot convert safe to REST_REFLEX_MODE."),
     (kv.loads, ("",), "KRValue text: no value at offset 0: the text is empty or only whitespace"),
 ]
@@ -179,6 +181,8 @@ def test_path_and_trajectory_builders() -> None:
     path = kv.extract_path2d_builder_from_krvalue(["Composed", ["Line", [1, 0]], ["Line", [1, 0]]], "p")(
         kv.Pose2D(1, 0, 0)
     )
+    assert path.length == pytest.approx(2)
+    assert path.end_pose == kv.Pose2D(3, 0, 0)
     assert path.pose_at(0.5) == kv.Pose2D(1.5, 0, 0)
     np.testing.assert_allclose(path.sample(3), [[1, 0, 0], [2, 0, 0], [3, 0, 0]])
 
