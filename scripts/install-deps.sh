@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake ninja-build clang libclang-rt-14-dev lld doxygen
+  build-essential cmake ninja-build clang libclang-rt-14-dev lld pkg-config doxygen
   libboost-dev libboost-chrono-dev libboost-system-dev
   nlohmann-json3-dev libcli11-dev libeigen3-dev
   libgtest-dev libgmock-dev libbenchmark-dev

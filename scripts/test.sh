@@ -9,8 +9,11 @@
 #      inputs is scripts/fuzz.sh's job);
 #   3. clang++ under ThreadSanitizer, only test_threads and what it links:
 #      readers, writers and warnings from several threads at once;
-#   4. installs the g++ build and builds an outside project against the
-#      installed CMake package, then runs it.
+#   4. packaging, each a small project under examples/ whose program runs:
+#      the g++ build installed and used through find_package and through
+#      pkg-config; the platform libraries built apart as static libraries and
+#      installed, and a parent project adding this tree with add_subdirectory
+#      that builds the library statically against them.
 # Compilations go through ccache when it is installed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -23,6 +26,9 @@ step() { printf '\n=== %s\n' "$*"; }
 launcher=()
 if command -v ccache >/dev/null; then
   launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+  # Paths below the tree are hashed relative to the build directory, so
+  # another checkout or build directory of the same sources hits the cache.
+  export CCACHE_BASEDIR="${CCACHE_BASEDIR:-$PWD}"
 fi
 # lld links the many sanitizer executables faster than the default linker.
 lld=(-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld -DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld)
@@ -34,15 +40,15 @@ checked=(-DCMAKE_BUILD_TYPE=CI "-DCMAKE_CXX_FLAGS_CI=-O1 -DNDEBUG")
 sanitized=(-DCMAKE_BUILD_TYPE=CI "-DCMAKE_CXX_FLAGS_CI=-O1 -gline-tables-only")
 
 step "g++: build and test"
-cmake -S . -B build/gcc -G Ninja -DCMAKE_CXX_COMPILER=g++ "${checked[@]}" -DKR_WERROR=ON "${launcher[@]}" \
+cmake -S . -B build/gcc -G Ninja -DCMAKE_CXX_COMPILER=g++ "${checked[@]}" -DKRVALUEUTILS_WERROR=ON "${launcher[@]}" \
   -DCMAKE_INSTALL_PREFIX="$PWD/build/install" >/dev/null
 cmake --build build/gcc -j "$jobs"
 ctest --test-dir build/gcc --output-on-failure -j "$jobs"
 
 step "clang++ with AddressSanitizer and UndefinedBehaviorSanitizer: build, test, replay the fuzz corpora"
 asan=build/clang-asan
-cmake -S . -B "$asan" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKR_WERROR=ON "${launcher[@]}" \
-  "${lld[@]}" "${sanitized[@]}" -DKR_BUILD_FUZZ=ON -DKR_BUILD_BENCH=OFF >/dev/null
+cmake -S . -B "$asan" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKRVALUEUTILS_WERROR=ON "${launcher[@]}" \
+  "${lld[@]}" "${sanitized[@]}" -DKRVALUEUTILS_BUILD_FUZZ=ON -DKRVALUEUTILS_BUILD_BENCH=OFF >/dev/null
 cmake --build "$asan" -j "$jobs"
 ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir "$asan" --output-on-failure -j "$jobs"
@@ -77,19 +83,49 @@ for target in fuzz_text fuzz_values fuzz_geometry fuzz_state fuzz_paths fuzz_rou
 done
 
 step "clang++ with ThreadSanitizer: readers, writers and warnings from several threads"
-cmake -S . -B build/clang-tsan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKR_WERROR=ON \
-  "${launcher[@]}" "${lld[@]}" "${sanitized[@]}" -DKR_SANITIZE=thread \
-  -DKR_BUILD_TOOLS=OFF -DKR_BUILD_BENCH=OFF >/dev/null
+cmake -S . -B build/clang-tsan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKRVALUEUTILS_WERROR=ON \
+  "${launcher[@]}" "${lld[@]}" "${sanitized[@]}" -DKRVALUEUTILS_SANITIZE=thread \
+  -DKRVALUEUTILS_BUILD_TOOLS=OFF -DKRVALUEUTILS_BUILD_BENCH=OFF >/dev/null
 cmake --build build/clang-tsan -j "$jobs" --target test_threads
 TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build/clang-tsan -R '^test_threads$' \
   --output-on-failure
 
-step "install, then build an outside project against the installed package"
+step "packaging: the installed CMake package, pkg-config, a parent project, a static build"
+# The g++ build installed: a CMake project finds the package, and a one-file
+# program is compiled with the flags pkg-config gives.
 rm -rf build/install
 cmake --install build/gcc >/dev/null
 cmake -S examples/consumer -B build/consumer -G Ninja -DCMAKE_CXX_COMPILER=g++ \
-  -DCMAKE_PREFIX_PATH="$PWD/build/install" >/dev/null
+  "${launcher[@]}" -DCMAKE_PREFIX_PATH="$PWD/build/install" >/dev/null
 cmake --build build/consumer
 build/consumer/consumer
+mkdir -p build/pkg-config
+# shellcheck disable=SC2046 # pkg-config prints several flags
+g++ -o build/pkg-config/consumer examples/consumer/main.cpp \
+  $(PKG_CONFIG_PATH="$PWD/build/install/lib/pkgconfig" pkg-config --cflags --libs krvalueutils) \
+  -Wl,-rpath,"$PWD/build/install/lib"
+build/pkg-config/consumer
+
+# The platform libraries built on their own as static libraries and installed
+# apart, then a parent project that adds this tree with add_subdirectory and
+# builds the library, static too, against them; no optimisation, to build fast.
+rm -rf build/platform-install
+for library in zu krvalue krmath; do
+  cmake -S "platform/$library" -B "build/platform/$library" -G Ninja -DCMAKE_CXX_COMPILER=g++ \
+    "${launcher[@]}" -DBUILD_SHARED_LIBS=OFF -DKRVALUEUTILS_WERROR=ON \
+    -DCMAKE_INSTALL_PREFIX="$PWD/build/platform-install" >/dev/null
+  cmake --build "build/platform/$library" -j "$jobs"
+  cmake --install "build/platform/$library" >/dev/null
+done
+cmake -S examples/subproject -B build/subproject -G Ninja -DCMAKE_CXX_COMPILER=g++ \
+  "${launcher[@]}" -DBUILD_SHARED_LIBS=OFF -DKRVALUEUTILS_WERROR=ON \
+  -DKRVALUEUTILS_USE_INSTALLED_PLATFORM=ON -DCMAKE_PREFIX_PATH="$PWD/build/platform-install" \
+  >/dev/null
+cmake --build build/subproject -j "$jobs"
+if readelf -d build/subproject/subproject | grep -E 'NEEDED.*lib(krvalueutils|krvalue|krmath|zu)\.'; then
+  echo "the static build links a shared library of this tree" >&2
+  exit 1
+fi
+build/subproject/subproject
 
 step "all tests passed"
