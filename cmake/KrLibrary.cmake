@@ -70,6 +70,7 @@ function(kr_library name)
     $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   kr_warnings(${target})
+  target_compile_options(${target} PRIVATE ${KR_COVERAGE_OPTIONS} ${KRVALUEUTILS_LIBRARY_OPTIONS})
   if(NOT KRVALUEUTILS_INSTALL)
     return()
   endif()
