@@ -9,7 +9,9 @@
 # build/fuzz/corpus/TARGET, which starts as the minimized corpus of the last
 # long campaign (fuzz/corpus/campaign/TARGET.tar.xz) and collects the new
 # inputs. Crashing inputs go to build/fuzz/artifacts/TARGET, each run's output
-# to build/fuzz/TARGET.log.
+# to build/fuzz/TARGET.log. Compilations go through ccache when it is installed.
+# The test command only replays the corpora (one run per input) in its own
+# sanitizer build; this script is for exploring.
 # Exits non-zero when a target crashed, leaked, timed out or failed a check.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -22,9 +24,13 @@ if [ ${#targets[@]} -eq 0 ]; then
 fi
 
 scripts/install-deps.sh
+launcher=()
+if command -v ccache >/dev/null; then
+  launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
 cmake -S . -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DKR_BUILD_FUZZ=ON -DKR_BUILD_TESTS=OFF -DKR_BUILD_TOOLS=OFF -DKR_BUILD_BENCH=OFF \
-  -DKR_WERROR=ON >/dev/null
+  -DKR_WERROR=ON "${launcher[@]}" >/dev/null
 cmake --build build/fuzz --target "${targets[@]}"
 
 # Runs one target; prints one summary line and returns its status.

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the tests and the tools need.
+# Installs every Debian package the build, the tests, the tools and the API
+# reference need.
 # Safe to run again: packages already present are left alone.
 set -euo pipefail
 
 packages=(
-  build-essential cmake ninja-build clang libclang-rt-14-dev lld
+  build-essential cmake ninja-build clang libclang-rt-14-dev lld pkg-config doxygen
   libboost-dev libboost-chrono-dev libboost-system-dev
   nlohmann-json3-dev libcli11-dev libeigen3-dev
   libgtest-dev libgmock-dev libbenchmark-dev

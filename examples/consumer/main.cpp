@@ -1,6 +1,8 @@
 // Reads a few arguments the way a motion module does, using nothing but
-// <kr/krvalueutils.h> and the installed package.
+// <kr/krvalueutils.h> and the library, however it was found: the installed
+// CMake package, add_subdirectory or pkg-config (see scripts/test.sh).
 #include <kr/krvalueutils.h>
+#include <kr/krvalueutils_version.h>
 
 #include <iostream>
 #include <stdexcept>
@@ -30,6 +32,8 @@ int main() {
     std::cerr << "unexpected result\n";
     return 1;
   }
-  std::cout << "consumer: read x = " << x << " and " << read.size() << " frames\n";
+  std::cout << "consumer of libkrvalueutils " << KRVALUEUTILS_VERSION_MAJOR << "."
+            << KRVALUEUTILS_VERSION_MINOR << "." << KRVALUEUTILS_VERSION_PATCH << ": read x = " << x
+            << " and " << read.size() << " frames\n";
   return 0;
 }

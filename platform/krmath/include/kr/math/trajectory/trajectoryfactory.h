@@ -106,7 +106,7 @@ class KRMATH_API TrajectoryFactory {
 /// Trajectories of a holonomic base (one that can move in any direction
 /// while turning): the path is followed with translation limits (first) and
 /// the orientation turned with rotation limits (second).
-class KRMATH_API HolonomicTrajectoryFactory : public TrajectoryFactory {
+class KRMATH_API HolonomicTrajectoryFactory final : public TrajectoryFactory {
  public:
   HolonomicTrajectoryFactory(const Limits& translationLimits, const Limits& rotationLimits,
                              const RationalSeconds& period, float fractionOfLimits);
@@ -126,7 +126,7 @@ class KRMATH_API HolonomicTrajectoryFactory : public TrajectoryFactory {
 
 /// Trajectories of a base that always faces along the path (first limits:
 /// along the path; second: its turning rate).
-class KRMATH_API NonHolonomicTrajectoryFactory : public TrajectoryFactory {
+class KRMATH_API NonHolonomicTrajectoryFactory final : public TrajectoryFactory {
  public:
   NonHolonomicTrajectoryFactory(const Limits& linearLimits, const Limits& angularLimits,
                                 const RationalSeconds& period, float fractionOfLimits);
