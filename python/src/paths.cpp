@@ -78,16 +78,9 @@ py::array_t<float> sampleTrajectory(const T::KRTrajectoryPose2D& trajectory,
   return toArray(states, 9);
 }
 
-/// A factory as Python owns it. The factories have virtual functions but no
-/// virtual destructor (they are never deleted through their base); marking
-/// the owned type final tells the compiler that deleting it is exact.
-template <typename Base>
-class Owned final : public Base {
- public:
-  using Base::Base;
-};
-using Holonomic = Owned<T::HolonomicTrajectoryFactory>;
-using NonHolonomic = Owned<T::NonHolonomicTrajectoryFactory>;
+// The concrete factories are final, so Python owns and deletes them exactly.
+using Holonomic = T::HolonomicTrajectoryFactory;
+using NonHolonomic = T::NonHolonomicTrajectoryFactory;
 
 /// The factory a feeding reader fills: either kind.
 T::TrajectoryFactory& toFactory(py::handle object) {
