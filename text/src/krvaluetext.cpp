@@ -1,5 +1,7 @@
 #include <kr/krvaluetext.h>
 
+#include "utf8.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -35,39 +37,6 @@ void appendFloat(std::string& out, float f) {
   if (out.find_first_of(".e", start) == std::string::npos) {
     out += ".0";
   }
-}
-
-// Length of the well-formed UTF-8 sequence starting at s[i] (a byte >= 0x80),
-// or 0 when none starts there. Rejects overlong forms, encoded surrogates and
-// code points above U+10FFFF, as parseKRValue does.
-std::size_t utf8SequenceLength(const std::string& s, std::size_t i) {
-  const auto byte = [&s](std::size_t k) { return static_cast<unsigned char>(s[k]); };
-  const unsigned char lead = byte(i);
-  std::size_t length = 0;
-  unsigned char secondLow = 0x80;
-  unsigned char secondHigh = 0xBF;
-  if (lead >= 0xC2 && lead <= 0xDF) {
-    length = 2;
-  } else if (lead >= 0xE0 && lead <= 0xEF) {
-    length = 3;
-    secondLow = lead == 0xE0 ? 0xA0 : 0x80;   // overlong below U+0800
-    secondHigh = lead == 0xED ? 0x9F : 0xBF;  // surrogates U+D800..U+DFFF
-  } else if (lead >= 0xF0 && lead <= 0xF4) {
-    length = 4;
-    secondLow = lead == 0xF0 ? 0x90 : 0x80;   // overlong below U+10000
-    secondHigh = lead == 0xF4 ? 0x8F : 0xBF;  // above U+10FFFF
-  } else {
-    return 0;
-  }
-  if (s.size() - i < length || byte(i + 1) < secondLow || byte(i + 1) > secondHigh) {
-    return 0;
-  }
-  for (std::size_t k = 2; k < length; ++k) {
-    if ((byte(i + k) & 0xC0) != 0x80) {
-      return 0;
-    }
-  }
-  return length;
 }
 
 // Appends the escape for an ASCII byte that JSON does not allow as it is.
@@ -115,7 +84,8 @@ void appendString(std::string& out, const std::string& s) {
       continue;
     }
     if (c >= 0x80) {
-      const std::size_t length = utf8SequenceLength(s, i);
+      const char* bad = nullptr;
+      const std::size_t length = text::utf8SequenceLength(s.data() + i, s.data() + s.size(), bad);
       if (length != 0) {
         i += length;
         continue;

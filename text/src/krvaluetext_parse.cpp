@@ -9,6 +9,8 @@
 // text) up to the offending byte.
 #include <kr/krvaluetext.h>
 
+#include "utf8.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -542,37 +544,15 @@ class Parser {
     }
   }
 
-  // A well-formed UTF-8 sequence of two to four bytes at p_: no overlong
-  // form, no surrogate, nothing above U+10FFFF.
+  // A well-formed UTF-8 sequence at p_ (utf8.h).
   bool skipUtf8Sequence() {
-    const unsigned char lead = static_cast<unsigned char>(*p_);
-    int continuation = 0;
-    unsigned char low = 0x80;
-    unsigned char high = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      continuation = 1;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-      continuation = 2;
-      low = lead == 0xE0 ? 0xA0 : 0x80;
-      high = lead == 0xED ? 0x9F : 0xBF;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-      continuation = 3;
-      low = lead == 0xF0 ? 0x90 : 0x80;
-      high = lead == 0xF4 ? 0x8F : 0xBF;
-    } else {
-      error(p_, kIllFormedUtf8);
+    const char* bad = nullptr;
+    const std::size_t length = text::utf8SequenceLength(p_, end_, bad);
+    if (length == 0) {
+      error(bad, kIllFormedUtf8);
       return false;
     }
-    ++p_;
-    for (int k = 0; k < continuation; ++k, ++p_) {
-      if (p_ == end_ || static_cast<unsigned char>(*p_) < low ||
-          static_cast<unsigned char>(*p_) > high) {
-        error(p_, kIllFormedUtf8);
-        return false;
-      }
-      low = 0x80;
-      high = 0xBF;
-    }
+    p_ += length;
     return true;
   }
 
