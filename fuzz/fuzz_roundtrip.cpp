@@ -13,7 +13,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -26,13 +25,8 @@ const std::string kName = "roundtrip";
 
 /// Any float, NaN and infinities included, half of the time; a plain one else.
 float anyFloat(FuzzedDataProvider& data) {
-  if (data.ConsumeBool()) {
-    const std::uint32_t bits = data.ConsumeIntegral<std::uint32_t>();
-    float f;
-    std::memcpy(&f, &bits, sizeof f);
-    return f;
-  }
-  return data.ConsumeFloatingPointInRange<float>(-1e6f, 1e6f);
+  return data.ConsumeBool() ? krfuzz::floatFromBits(data.ConsumeIntegral<std::uint32_t>())
+                           : data.ConsumeFloatingPointInRange<float>(-1e6f, 1e6f);
 }
 
 std::size_t smallCount(FuzzedDataProvider& data) {

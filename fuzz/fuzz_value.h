@@ -33,6 +33,13 @@ inline const char* const kWords[] = {"Line", "Circle", "Flat", "Composed", "Holo
                                      "NonHolonomic", "Safe", "Immediate", "Custom", "LArm",
                                      "Head", "LFoot", "1", ""};
 
+/// The float whose bits are `bits`: NaNs, infinities and subnormals included.
+inline float floatFromBits(std::uint32_t bits) {
+  float f;
+  std::memcpy(&f, &bits, sizeof f);
+  return f;
+}
+
 /// Closes the innermost open array into the one around it.
 inline void closeArray(std::vector<KR::KRValue>& open) {
   KR::KRValue closed = std::move(open.back());
@@ -45,42 +52,19 @@ inline void closeArray(std::vector<KR::KRValue>& open) {
 inline KR::KRValue decodeOpcodes(FuzzedDataProvider& data) {
   std::vector<KR::KRValue> open(1);
   open.back().arraySetSize(0);
+  const auto push = [&open](KR::KRValue v) { open.back().arrayPush(std::move(v)); };
   while (data.remaining_bytes() > 0) {
     switch (data.ConsumeIntegral<std::uint8_t>() % 9) {
-      case 0:
-        open.back().arrayPush(KR::KRValue(data.ConsumeIntegralInRange<int>(-2, 8)));
-        break;
-      case 1:
-        open.back().arrayPush(KR::KRValue(data.ConsumeIntegral<int>()));
-        break;
-      case 2: {
-        const std::uint32_t bits = data.ConsumeIntegral<std::uint32_t>();
-        float f;
-        std::memcpy(&f, &bits, sizeof f);
-        open.back().arrayPush(KR::KRValue(f));
-        break;
-      }
-      case 3:
-        open.back().arrayPush(KR::KRValue(data.ConsumeBool()));
-        break;
-      case 4:
-        open.back().arrayPush(KR::KRValue(data.PickValueInArray(kWords)));
-        break;
-      case 5:
-        open.back().arrayPush(KR::KRValue(data.ConsumeRandomLengthString(16)));
-        break;
-      case 6:
-        open.back().arrayPush(KR::KRValue());
-        break;
-      case 7:
-        open.emplace_back();
-        open.back().arraySetSize(0);
-        break;
+      case 0: push(KR::KRValue(data.ConsumeIntegralInRange<int>(-2, 8))); break;
+      case 1: push(KR::KRValue(data.ConsumeIntegral<int>())); break;
+      case 2: push(KR::KRValue(floatFromBits(data.ConsumeIntegral<std::uint32_t>()))); break;
+      case 3: push(KR::KRValue(data.ConsumeBool())); break;
+      case 4: push(KR::KRValue(data.PickValueInArray(kWords))); break;
+      case 5: push(KR::KRValue(data.ConsumeRandomLengthString(16))); break;
+      case 6: push(KR::KRValue()); break;
+      case 7: open.emplace_back().arraySetSize(0); break;
       default:
-        if (open.size() > 1) {
-          closeArray(open);
-        }
-        break;
+        if (open.size() > 1) closeArray(open);
     }
   }
   while (open.size() > 1) {

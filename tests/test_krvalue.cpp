@@ -2,31 +2,11 @@
 
 #include "test_support.h"
 
-#include <atomic>
-#include <cstdlib>
 #include <functional>
 #include <limits>
-#include <new>
 #include <tuple>
 #include <type_traits>
 #include <utility>
-
-// Heap accounting: operator new/delete count calls while a HeapCount lives.
-// g++ at -O3 sees the malloc inside this operator new and the free inside this
-// operator delete and mistakes them for a mismatched pair.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#endif
-static std::atomic<bool> gCounting{false};
-static std::atomic<long> gNews{0}, gDeletes{0};
-
-void* operator new(std::size_t size) {
-  if (gCounting) ++gNews;
-  if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
-  throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { if (gCounting && p != nullptr) ++gDeletes; std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
 
 namespace {
 
@@ -34,11 +14,6 @@ using KR::KRValue;
 
 static_assert(sizeof(KRValue) == 16 && std::is_nothrow_move_constructible_v<KRValue> &&
               std::is_nothrow_move_assignable_v<KRValue>, "16 bytes, noexcept moves");
-
-struct HeapCount {
-  HeapCount() { gNews = 0; gDeletes = 0; gCounting = true; }
-  ~HeapCount() { gCounting = false; }
-};
 
 // Heap-allocated text, so that ASan sees a dangling or leaked string.
 std::string longText(int i) { return "element text beyond the small buffer #" + std::to_string(i); }
@@ -181,29 +156,6 @@ TEST(KRValueEquality, SameKindAndContentDeeply) {
     EXPECT_EQ(a == b, equal) << "row " << row;
     EXPECT_EQ(b == a, equal) << "row " << row++;
   }
-}
-
-TEST(KRValueHeap, ScalarsAndEmptyArraysNoBlockFlatArrayOneBlock) {
-  // Enough elements that building the copy push by push would take several blocks.
-  const KRValue flat = KRValue::array(1, 0.5f, true, KRValue(), 2, 3, 4, 5, 6);
-  long scalarNews = 0, scalarDeletes = 0, flatNews = 0, flatDeletes = 0;
-  {
-    HeapCount heap;
-    {
-      KRValue copies[] = {KRValue(true), KRValue(12), KRValue(0.5f)};
-      copies[0] = copies[1];
-      copies[1] = false;
-      KRValue set;
-      set.arraySetSize(0);
-      const KRValue floats{std::vector<float>{}}, strings{std::vector<std::string>{}};
-    }
-    scalarNews = gNews, scalarDeletes = gDeletes;
-    { const KRValue copy = flat; flatNews = gNews - scalarNews; }
-    flatDeletes = gDeletes - scalarDeletes;
-  }
-  EXPECT_EQ(scalarNews + scalarDeletes, 0);
-  EXPECT_EQ(flatNews, 1);
-  EXPECT_EQ(flatDeletes, 1);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
-// Paths and trajectories of krmath: paths in the start frame, and the speed
-// profile of trajectories checked against a reference written differently (a
-// fine-grid forward and backward integration of the speed along the path).
+// Paths and trajectories of krmath: the guards of the path builders, and the
+// speed profile of trajectories checked against a reference written
+// differently (a fine-grid forward and backward integration of the speed
+// along the path).
 // Sampled every millisecond, no limit is exceeded and the velocity never steps
 // by more than the acceleration allows.
 #include <kr/math/rationalseconds.h>
@@ -58,59 +59,6 @@ Pose2DPosVelAcc at(const Pose2D& pose) { return {pose, Pose2D(), Pose2D()}; }
 
 // ---- Paths -----------------------------------------------------------------
 
-TEST(PathGeometry, LineEndsInTheStartFrame) {
-  const struct {
-    Pose2D start;
-    Position2D end;
-    Pose2D expectedEnd;
-  } cases[] = {
-      {{0, 0, 0}, {3, 0}, {3, 0, 0}},
-      {{1, 2, kPi / 2}, {3, 0}, {1, 5, kPi / 2}},      // forward is +y
-      {{1, 2, kPi / 2}, {0, 2}, {-1, 2, kPi}},         // left is -x
-      {{0, 0, 0}, {-1, -1}, {-1, -1, -3 * kPi / 4}},   // a corner behind
-      {{5, 5, 7.0f}, {2, 0}, {5 + 2 * std::cos(7.0f), 5 + 2 * std::sin(7.0f), 7.0f}},
-  };
-  const PathFactory factory(1.0f);
-  for (const auto& c : cases) {
-    const auto path = own(factory.lineBuilder(c.end)(c.start));
-    EXPECT_EQ(path->kind(), KRDirectPath2D::Kind::Line);
-    expectPose(path->endPose(), c.expectedEnd);
-    EXPECT_NEAR(path->length(), std::hypot(c.end.x, c.end.y), 1e-5);
-    EXPECT_EQ(path->startPose(), c.start);
-  }
-  // The scale multiplies points, not angles.
-  const auto scaled = own(PathFactory(0.001f).circleBuilder({0, 1000}, kPi)(Pose2D()));
-  expectPose(scaled->endPose(), {0, 2, kPi});
-}
-
-TEST(PathGeometry, ArcKeepsItsRadiusAndTurnsTheGivenWay) {
-  const struct {
-    Pose2D start;
-    Position2D centre;  // start frame
-    float angle;
-    Position2D worldCentre;
-    Pose2D expectedEnd;
-  } cases[] = {
-      {{0, 0, 0}, {0, 1}, kPi / 2, {0, 1}, {1, 1, kPi / 2}},
-      {{0, 0, 0}, {0, -2}, -kPi, {0, -2}, {0, -4, -kPi}},
-      {{1, 1, kPi / 2}, {0, 1}, kPi / 2, {0, 1}, {0, 2, kPi}},
-      {{0, 0, 0}, {0, 1}, 4 * kPi, {0, 1}, {0, 0, 4 * kPi}},  // two full turns
-  };
-  const PathFactory factory(1.0f);
-  for (const auto& c : cases) {
-    const auto path = own(factory.circleBuilder(c.centre, c.angle)(c.start));
-    const float radius = std::hypot(c.centre.x, c.centre.y);
-    ASSERT_EQ(path->segments().size(), 1u);
-    EXPECT_NEAR(path->segments()[0].curvature, (c.angle > 0 ? 1 : -1) / radius, 1e-6);
-    EXPECT_NEAR(path->length(), radius * std::fabs(c.angle), 1e-4);
-    for (int i = 0; i <= 50; ++i) {
-      const Pose2D p = path->poseAt(path->length() * static_cast<float>(i) / 50);
-      EXPECT_NEAR(std::hypot(p.x - c.worldCentre.x, p.y - c.worldCentre.y), radius, 1e-5);
-    }
-    expectPose(path->endPose(), c.expectedEnd, 1e-4f);
-  }
-}
-
 TEST(PathGeometry, DegenerateArcsAndLinesHaveNoLength) {
   const PathFactory factory(1.0f);
   const Pose2D start(1, 2, 3);
@@ -124,23 +72,6 @@ TEST(PathGeometry, DegenerateArcsAndLinesHaveNoLength) {
   }
 }
 
-TEST(PathGeometry, FlatPathHasItsThreeParts) {
-  // Quarter turn left about (0, 1) to (1, 1), straight up to (1, 3), quarter
-  // turn about (0, 3) to (0, 4) facing -x.
-  const auto path =
-      own(PathFactory(1.0f).flatPathBuilder({0, 1}, kPi / 2, {1, 3}, {0, 3}, kPi / 2)(Pose2D()));
-  EXPECT_EQ(path->kind(), KRDirectPath2D::Kind::Flat);
-  ASSERT_EQ(path->segments().size(), 3u);
-  EXPECT_NEAR(path->segments()[0].curvature, 1.0f, 1e-6);
-  EXPECT_EQ(path->segments()[1].curvature, 0.0f);
-  EXPECT_NEAR(path->segments()[1].length, 2.0f, 1e-5);
-  expectPose(path->segments()[2].start, {1, 3, kPi / 2});
-  EXPECT_NEAR(path->length(), 2 + kPi, 1e-5);
-  expectPose(path->endPose(), {0, 4, kPi});
-  // A joint shows the earlier segment's pose.
-  expectPose(path->poseAt(kPi / 2), {1, 1, kPi / 2});
-}
-
 // A path so long that its float length falls short of the double sum of its
 // segments (found by fuzzing: poseAt(length()) stopped metres before the end
 // on the last, small arc).
@@ -150,29 +81,6 @@ TEST(PathGeometry, PoseAtTheFloatLengthIsTheEndOfALongPath) {
   ASSERT_GT(path->length(), 1e8f);
   EXPECT_EQ(path->poseAt(path->length()), path->endPose());
   EXPECT_EQ(path->poseAt(path->length() * 2), path->endPose());
-}
-
-TEST(PathGeometry, ComposedPiecesChainAtThePreviousEnd) {
-  const PathFactory factory(1.0f);
-  const auto turnLeft = own(factory.composedPathBuilder(
-      {factory.circleBuilder({0, 1}, kPi / 2), factory.lineBuilder({1, 0})})(Pose2D(1, 1, kPi)));
-  expectPose(turnLeft->endPose(), {0, -1, 3 * kPi / 2});
-  EXPECT_EQ(turnLeft->pieces().size(), 2u);
-  expectPose(turnLeft->poseAt(kPi / 2 + 0.5f), {0, -0.5f, 3 * kPi / 2});
-
-  // At a corner the pose ends the earlier segment.
-  const auto corner = own(factory.composedPathBuilder(
-      {factory.lineBuilder({1, 0}), factory.lineBuilder({0, 1})})(Pose2D()));
-  EXPECT_EQ(corner->poseAt(1.0f), Pose2D(1, 0, 0));
-  expectPose(corner->poseAt(1.5f), {1, 0.5f, kPi / 2});
-
-  const auto empty = own(factory.composedPathBuilder({})(Pose2D(1, 2, 3)));
-  EXPECT_EQ(empty->length(), 0.0f);
-  EXPECT_EQ(empty->poseAt(10.0f), Pose2D(1, 2, 3));
-  EXPECT_EQ(empty->endPose(), Pose2D(1, 2, 3));
-
-  const auto withHole = factory.composedPathBuilder({factory.lineBuilder({1, 0}), {}});
-  EXPECT_THROW(withHole(Pose2D()), boost::bad_function_call);
 }
 
 TEST(PathGeometry, BadDescriptionsThrow) {
@@ -296,47 +204,27 @@ const PathCase kPaths[] = {
     {"three collinear lines", [](TrajectoryFactory& f) { collinear(f, 3, 1.0f); }, 7.0},
     {"twenty short lines", [](TrajectoryFactory& f) { collinear(f, 20, 0.1f); }, 5.0},
     {"line, tangent quarter arc, line",
-     [](TrajectoryFactory& f) {
-       f.addLine({2, 0});
-       f.addCircle({0, 1}, kPi / 2);
-       f.addLine({2, 0});
-     },
+     [](TrajectoryFactory& f) { f.addLine({2, 0}); f.addCircle({0, 1}, kPi / 2); f.addLine({2, 0}); },
      0},
     {"S-bend",
      [](TrajectoryFactory& f) {
-       f.addCircle({0, 0.6f}, kPi / 2);
-       f.addCircle({0, -0.6f}, -kPi / 2);
-       f.addLine({0.5f, 0});
-     },
-     0},
+       f.addCircle({0, 0.6f}, kPi / 2); f.addCircle({0, -0.6f}, -kPi / 2); f.addLine({0.5f, 0});
+     }, 0},
     {"square corners",
-     [](TrajectoryFactory& f) {
-       f.addLine({1, 0});
-       f.addLine({0, 1});
-       f.addLine({0, 1});
-     },
-     0},
+     [](TrajectoryFactory& f) { f.addLine({1, 0}); f.addLine({0, 1}); f.addLine({0, 1}); }, 0},
     // Radius 0.2 m: the centripetal bound (0.32 m/s) binds below 0.5 m/s.
     {"tight arcs", [](TrajectoryFactory& f) {
-       f.addLine({0.5f, 0});
-       f.addCircle({0, 0.2f}, 3 * kPi / 2);
+       f.addLine({0.5f, 0}); f.addCircle({0, 0.2f}, 3 * kPi / 2);
        f.addFlat({0, -0.2f}, -kPi, {0.4f, 0}, {0, 0.15f}, kPi);
-     },
-     0},
+     }, 0},
     {"very short pieces",
      [](TrajectoryFactory& f) {
        for (int i = 0; i < 30; ++i) {
-         f.addCircle({0, i % 2 ? -0.5f : 0.5f}, i % 2 ? -0.02f : 0.02f);
-         f.addLine({0.003f, 0});
+         f.addCircle({0, i % 2 ? -0.5f : 0.5f}, i % 2 ? -0.02f : 0.02f); f.addLine({0.003f, 0});
        }
-     },
-     0},
+     }, 0},
     // A corner of one float step is driven through: no turn on the spot.
-    {"rounding-size corner",
-     [](TrajectoryFactory& f) {
-       f.addLine({1, 0});
-       f.addLine({1, 1e-7f});
-     },
+    {"rounding-size corner", [](TrajectoryFactory& f) { f.addLine({1, 0}); f.addLine({1, 1e-7f}); },
      4.0 + 1.0},
 };
 

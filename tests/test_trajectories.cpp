@@ -41,21 +41,13 @@ void expectMessages(const std::string& text, const std::string& direct,
   DirectTrajectoryPose2DBuilder directBuilder = kPreviousDirect;
   TrajectoryPose2DComposedBuilder composedBuilder = kPreviousComposed;
   TrajectoryPose2DBuilder builder = kPrevious;
-  EXPECT_EQ(messageOf([&] {
-              extractDirectTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, limits, limits,
-                                                              1.0f, directBuilder);
-            }),
-            direct);
-  EXPECT_EQ(messageOf([&] {
-              extractTrajectoryPose2DComposedBuilderFromKRValue(value, "t", kPeriod, limits,
-                                                                limits, 1.0f, composedBuilder);
-            }),
-            composed);
-  EXPECT_EQ(messageOf([&] {
-              extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, limits, limits, 1.0f,
-                                                        builder);
-            }),
-            general);
+  // Each function reads `value` into `out` with the same settings.
+  const auto read = [&](auto extract, auto& out) {
+    return messageOf([&] { extract(value, "t", kPeriod, limits, limits, 1.0f, out); });
+  };
+  EXPECT_EQ(read(extractDirectTrajectoryPose2DBuilderFromKRValue, directBuilder), direct);
+  EXPECT_EQ(read(extractTrajectoryPose2DComposedBuilderFromKRValue, composedBuilder), composed);
+  EXPECT_EQ(read(extractTrajectoryPose2DBuilderFromKRValue, builder), general);
   EXPECT_EQ(directBuilder.target<decltype(kPreviousDirect)>() != nullptr, direct != kNoThrow);
   EXPECT_EQ(composedBuilder.target<decltype(kPreviousComposed)>() != nullptr,
             composed != kNoThrow);
