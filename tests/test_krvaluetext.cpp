@@ -244,7 +244,7 @@ std::string utf8ish(std::mt19937& rng) {
 TEST(RoundTrip, RandomIntsFloatsAndBytes) {
   std::mt19937 rng(20240611u);
   for (int i = 0; i < 5000; ++i) {
-    const std::uint32_t bits = rng();
+    const std::uint32_t bits = static_cast<std::uint32_t>(rng());
     float f;
     std::memcpy(&f, &bits, sizeof f);
     const std::string s = utf8ish(rng);
