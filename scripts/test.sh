@@ -87,7 +87,7 @@ step "clang++ with ThreadSanitizer: readers, writers and warnings from several t
 cmake -S . -B build/clang-tsan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKRVALUEUTILS_WERROR=ON \
   "${launcher[@]}" "${lld[@]}" "${sanitized[@]}" -DKRVALUEUTILS_SANITIZE=thread \
   -DKRVALUEUTILS_BUILD_TOOLS=OFF -DKRVALUEUTILS_BUILD_BENCH=OFF >/dev/null
-cmake --build build/clang-tsan -j "$jobs" --target test_threads
+cmake --build build/clang-tsan -j "$jobs" --target krvalueutils_test_threads
 TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build/clang-tsan -R '^test_threads$' \
   --output-on-failure
 
