@@ -234,7 +234,7 @@ std::string utf8ish(std::mt19937& rng) {
   static const unsigned kFirst[] = {0x80, 'a', 0xC0, 0xE0, 0xF0}, kCount[] = {0x80, 26, 32, 16, 8};
   std::string s;
   for (int n = static_cast<int>(rng() % 6); n > 0; --n) {
-    const unsigned length = rng() % 5;  // 0: any byte from 0x80 alone
+    const unsigned length = static_cast<unsigned>(rng() % 5);  // 0: any byte from 0x80 alone
     s += static_cast<char>(kFirst[length] + rng() % kCount[length]);
     for (unsigned k = 1; k < length; ++k) s += static_cast<char>(0x80 + rng() % 0x40);
   }

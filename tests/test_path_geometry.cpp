@@ -229,8 +229,9 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
                         facing ? static_cast<double>(angular.maxVelocity) / k : bound});
     }
     const int n = std::max(2, static_cast<int>(static_cast<double>(segment.length) / 2e-5));
-    grid.insert(grid.end(), static_cast<std::size_t>(n),
-                Point{static_cast<double>(segment.length / n), k, bound * bound});
+    grid.insert(
+        grid.end(), static_cast<std::size_t>(n),
+        Point{static_cast<double>(segment.length / static_cast<float>(n)), k, bound * bound});
     heading = static_cast<double>(segment.endPose().theta);
   }
   grid.push_back({0, 0, 0});
