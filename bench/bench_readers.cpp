@@ -122,7 +122,7 @@ void from_json(const nlohmann::json& j, Transform& t) {
       if (!std::isfinite(v)) {
         throw std::runtime_error("Wrong Transform given.");
       }
-      r[row][col] = v;
+      r[row][col] = static_cast<double>(v);
     }
   }
   for (int row = 0; row < 3; ++row) {
@@ -200,7 +200,8 @@ struct Data {
     std::memcpy(poseFloats.data(), poses.data(), poseFloats.size() * sizeof(float));
     posesValue.arraySetSize(kPoses);
     for (int i = 0; i < kPoses; ++i) {
-      posesValue[i] = KR::KRValue::array(poses[i].x, poses[i].y, poses[i].theta);
+      const KR::Math::Pose2D& pose = poses[static_cast<std::size_t>(i)];
+      posesValue[i] = KR::KRValue::array(pose.x, pose.y, pose.theta);
     }
     posesJson = poses;
 
@@ -292,9 +293,10 @@ void ReadPoses_Raw(benchmark::State& state) {
     std::vector<KR::Math::Pose2D> out(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) {
       const KR::KRValue& p = v[i];
-      out[i].x = float(p[0]);
-      out[i].y = float(p[1]);
-      out[i].theta = float(p[2]);
+      KR::Math::Pose2D& pose = out[static_cast<std::size_t>(i)];
+      pose.x = float(p[0]);
+      pose.y = float(p[1]);
+      pose.theta = float(p[2]);
     }
     benchmark::DoNotOptimize(out.data());
   }
@@ -339,7 +341,7 @@ void ReadFloats_Raw(benchmark::State& state) {
     const int n = int(v.getSize());
     std::vector<float> out(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) {
-      out[i] = float(v[i]);
+      out[static_cast<std::size_t>(i)] = float(v[i]);
     }
     benchmark::DoNotOptimize(out.data());
   }
@@ -384,7 +386,7 @@ void ReadTransforms_Raw(benchmark::State& state) {
     std::vector<KR::Math::Transform> out(static_cast<std::size_t>(n));
     for (int i = 0; i < n; ++i) {
       const KR::KRValue& t = v[i];
-      float* f = &out[i].r1_c1;
+      float* f = &out[static_cast<std::size_t>(i)].r1_c1;
       for (int k = 0; k < 12; ++k) {
         f[k] = float(t[k]);
       }

@@ -28,8 +28,8 @@ endif()
 set(KR_LIBRARY_DIR ${CMAKE_CURRENT_LIST_DIR})
 
 # Compiler warnings for every target of this tree. KRVALUEUTILS_EXTRA_WARNINGS
-# adds the conversion, promotion and destructor warnings that are not clean
-# yet.
+# adds the conversion, float promotion and destructor warnings, of which the
+# tree is clean with g++ and clang++; the test command builds with them.
 function(kr_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
   if(KRVALUEUTILS_EXTRA_WARNINGS)

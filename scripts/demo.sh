@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 scripts/install-deps.sh
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DKR_BUILD_TESTS=OFF >/dev/null
-cmake --build build/release --target krvalue_tool
+cmake --build build/release --target krvalueutils_tool
 
 krvalue=build/release/tools/krvalue
 

@@ -31,7 +31,7 @@ fi
 cmake -S . -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DKR_BUILD_FUZZ=ON -DKR_BUILD_TESTS=OFF -DKR_BUILD_TOOLS=OFF -DKR_BUILD_BENCH=OFF \
   -DKR_WERROR=ON "${launcher[@]}" >/dev/null
-cmake --build build/fuzz --target "${targets[@]}"
+cmake --build build/fuzz --target "${targets[@]/#/krvalueutils_}"
 
 # Runs one target; prints one summary line and returns its status.
 run_target() {

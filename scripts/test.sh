@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds and runs every test:
-#   1. g++, warnings as errors, the whole suite and the benchmark's build;
-#   2. clang++, warnings as errors, one build under AddressSanitizer and
-#      UndefinedBehaviorSanitizer that serves both the whole suite and the
-#      fuzz targets (libraries instrumented for libFuzzer too): the suite,
+#   1. g++, warnings (the conversion warnings too) as errors, the whole suite
+#      and the benchmark's build;
+#   2. clang++, warnings (the conversion warnings too) as errors, one build
+#      under AddressSanitizer and UndefinedBehaviorSanitizer that serves both
+#      the whole suite and the fuzz targets (libraries instrumented for libFuzzer too): the suite,
 #      then every fuzz target replaying its corpora once, the hand-written
 #      seeds and the minimized corpus of the last campaign (exploring for new
 #      inputs is scripts/fuzz.sh's job);
@@ -42,14 +43,15 @@ sanitized=(-DCMAKE_BUILD_TYPE=CI "-DCMAKE_CXX_FLAGS_CI=-O0 -gline-tables-only"
 
 step "g++: build and test"
 cmake -S . -B build/gcc -G Ninja -DCMAKE_CXX_COMPILER=g++ "${checked[@]}" -DKRVALUEUTILS_WERROR=ON "${launcher[@]}" \
-  -DCMAKE_INSTALL_PREFIX="$PWD/build/install" >/dev/null
+  -DKRVALUEUTILS_EXTRA_WARNINGS=ON -DCMAKE_INSTALL_PREFIX="$PWD/build/install" >/dev/null
 cmake --build build/gcc -j "$jobs"
 ctest --test-dir build/gcc --output-on-failure -j "$jobs"
 
 step "clang++ with AddressSanitizer and UndefinedBehaviorSanitizer: build, test, replay the fuzz corpora"
 asan=build/clang-asan
-cmake -S . -B "$asan" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKRVALUEUTILS_WERROR=ON "${launcher[@]}" \
-  "${lld[@]}" "${sanitized[@]}" -DKRVALUEUTILS_BUILD_FUZZ=ON -DKRVALUEUTILS_BUILD_BENCH=OFF >/dev/null
+cmake -S . -B "$asan" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKRVALUEUTILS_WERROR=ON \
+  -DKRVALUEUTILS_EXTRA_WARNINGS=ON "${launcher[@]}" "${lld[@]}" "${sanitized[@]}" \
+  -DKRVALUEUTILS_BUILD_FUZZ=ON -DKRVALUEUTILS_BUILD_BENCH=OFF >/dev/null
 cmake --build "$asan" -j "$jobs"
 ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --test-dir "$asan" --output-on-failure -j "$jobs"
@@ -87,7 +89,7 @@ step "clang++ with ThreadSanitizer: readers, writers and warnings from several t
 cmake -S . -B build/clang-tsan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DKRVALUEUTILS_WERROR=ON \
   "${launcher[@]}" "${lld[@]}" "${sanitized[@]}" -DKRVALUEUTILS_SANITIZE=thread \
   -DKRVALUEUTILS_BUILD_TOOLS=OFF -DKRVALUEUTILS_BUILD_BENCH=OFF >/dev/null
-cmake --build build/clang-tsan -j "$jobs" --target test_threads
+cmake --build build/clang-tsan -j "$jobs" --target krvalueutils_test_threads
 TSAN_OPTIONS=halt_on_error=1 ctest --test-dir build/clang-tsan -R '^test_threads$' \
   --output-on-failure
 

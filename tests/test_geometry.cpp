@@ -65,7 +65,7 @@ TEST(PositionReaders, LayoutsMessagesAndPartialWrites) {
   S out = sentinel;
   extractPosition6DFromVector({1, 2, 3, 4, 5, 6}, "v", out);
   EXPECT_EQ(out, S(1, 2, 3, 4, 5, 6));
-  for (const std::size_t size : {5, 7}) {
+  for (const std::size_t size : {5u, 7u}) {
     EXPECT_EQ(messageOf([&] { extractPosition6DFromVector(std::vector<float>(size), "v", out); }),
               "KRMotion: v Expected an vector with 6 floats for x, y, z, wx, wy, wz.");
     EXPECT_EQ(out, S(1, 2, 3, 4, 5, 6));
@@ -141,7 +141,8 @@ TEST(TransformReader, ShapeThenStrictLenientAndRejectedBands) {
   std::vector<float> sixteen = tiny;
   sixteen.insert(sixteen.end(), {9, 9, 9, 9});  // a fourth row nobody reads
   std::vector<float> scaled = kRotation;
-  for (int i : {0, 1, 2, 4, 5, 6, 8, 9, 10}) scaled[i] *= 1.003f;  // R^T R off by 0.006
+  for (std::size_t i : {0u, 1u, 2u, 4u, 5u, 6u, 8u, 9u, 10u})
+    scaled[i] *= 1.003f;  // R^T R off by 0.006
   const std::string shape = "KRMotion: t Expected an KRValue with 12 or 16 floats.";
   const std::vector<float> untouched(12, 5.0f), twos(12, 2.0f);
   const struct {

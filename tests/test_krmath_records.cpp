@@ -58,7 +58,8 @@ Vec3 translationOf(const Transform& t) { return {t.r1_c4, t.r2_c4, t.r3_c4}; }
 double distance(const Transform& t, const Matrix& m) {
   double sum = 0;
   for (std::size_t i = 0; i < 3; ++i)
-    for (std::size_t j = 0; j < 3; ++j) sum += std::pow(t.*kFields[4 * i + j] - m[i][j], 2);
+    for (std::size_t j = 0; j < 3; ++j)
+      sum += std::pow(static_cast<double>(t.*kFields[4 * i + j]) - m[i][j], 2);
   return std::sqrt(sum);
 }
 
@@ -124,7 +125,7 @@ TEST(RecordConversions, VectorsInFieldOrder) {
   const std::vector<float> six = {1, 2, 3, -4, 5.5f, 6};
   EXPECT_EQ(Position6D(six), Position6D(1, 2, 3, -4, 5.5f, 6));
   EXPECT_EQ(Position6D(six).toVector(), six);
-  for (const std::size_t size : {0, 5, 7}) {
+  for (const std::size_t size : {0u, 5u, 7u}) {
     EXPECT_THROW(Position6D(std::vector<float>(size, 1.0f)), std::runtime_error) << size;
   }
 }

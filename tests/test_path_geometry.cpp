@@ -118,31 +118,36 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
   };
   std::vector<Point> grid;
   double time = 0.0;  // turns on the spot
-  double heading = path.startPose().theta;
+  double heading = static_cast<double>(path.startPose().theta);
   for (const Segment2D& segment : path.segments()) {
-    const double jump = std::remainder(segment.start.theta - heading, 2 * M_PI);
+    const double jump =
+        std::remainder(static_cast<double>(segment.start.theta) - heading, 2 * M_PI);
     const bool corner = std::fabs(jump) > 1e-3 && (facing || !grid.empty());
     if (corner && facing) {
-      time += restToRest(std::fabs(jump), angular.maxVelocity, angular.maxAcceleration);
+      time += restToRest(std::fabs(jump), static_cast<double>(angular.maxVelocity),
+                         static_cast<double>(angular.maxAcceleration));
     }
     if (corner && !grid.empty()) {
       grid.back().bound2 = 0;
     }
-    const double k = std::fabs(segment.curvature);
-    double bound = linear.maxVelocity;
+    const double k = static_cast<double>(std::fabs(segment.curvature));
+    double bound = static_cast<double>(linear.maxVelocity);
     if (k > 0) {
-      bound = std::min({bound, std::sqrt(linear.maxAcceleration / k),
-                        facing ? angular.maxVelocity / k : bound});
+      bound = std::min({bound, std::sqrt(static_cast<double>(linear.maxAcceleration) / k),
+                        facing ? static_cast<double>(angular.maxVelocity) / k : bound});
     }
-    const int n = std::max(2, static_cast<int>(segment.length / 2e-5));
-    grid.insert(grid.end(), n, Point{segment.length / n, k, bound * bound});
-    heading = segment.endPose().theta;
+    const int n = std::max(2, static_cast<int>(static_cast<double>(segment.length) / 2e-5));
+    grid.insert(
+        grid.end(), static_cast<std::size_t>(n),
+        Point{static_cast<double>(segment.length / static_cast<float>(n)), k, bound * bound});
+    heading = static_cast<double>(segment.endPose().theta);
   }
   grid.push_back({0, 0, 0});
   auto tangential = [&](const Point& p, double u) {
-    const double a = linear.maxAcceleration;
+    const double a = static_cast<double>(linear.maxAcceleration);
     const double left = std::sqrt(std::max(0.0, a * a - p.k * p.k * u * u));
-    return facing && p.k > 0 ? std::min(left, angular.maxAcceleration / p.k) : left;
+    return facing && p.k > 0 ? std::min(left, static_cast<double>(angular.maxAcceleration) / p.k)
+                             : left;
   };
   std::vector<double> u(grid.size(), 0.0);
   for (std::size_t i = 0; i + 1 < grid.size(); ++i) {
@@ -166,19 +171,24 @@ void expectSmoothAndWithinLimits(const KRTrajectoryPose2D& t, bool rateContinuou
   int bad = 0;
   for (double time = dt; time <= end + dt && bad < 5; time += dt) {
     const Pose2DPosVelAcc s = t.stateAt(time);
-    const double speed = std::hypot(s.velocity.x, s.velocity.y);
-    const bool ok =
-        speed <= kLinear.maxVelocity * slack &&
-        std::hypot(s.acceleration.x, s.acceleration.y) <= kLinear.maxAcceleration * slack &&
-        std::fabs(s.velocity.theta) <= kAngular.maxVelocity * slack &&
-        std::fabs(s.acceleration.theta) <= kAngular.maxAcceleration * slack &&
-        speed <= t.speedBoundAt(time) * slack + 1e-6 &&
-        std::hypot(s.velocity.x - previous.velocity.x, s.velocity.y - previous.velocity.y) <=
-            kLinear.maxAcceleration * dt * slack + 1e-6 &&
-        std::hypot(s.position.x - previous.position.x, s.position.y - previous.position.y) <=
-            kLinear.maxVelocity * dt * slack + 1e-6 &&
-        (!rateContinuous || std::fabs(s.velocity.theta - previous.velocity.theta) <=
-                                kAngular.maxAcceleration * dt * slack + 1e-6);
+    const double speed = static_cast<double>(std::hypot(s.velocity.x, s.velocity.y));
+    const bool ok = speed <= static_cast<double>(kLinear.maxVelocity) * slack &&
+                    static_cast<double>(std::hypot(s.acceleration.x, s.acceleration.y)) <=
+                        static_cast<double>(kLinear.maxAcceleration) * slack &&
+                    static_cast<double>(std::fabs(s.velocity.theta)) <=
+                        static_cast<double>(kAngular.maxVelocity) * slack &&
+                    static_cast<double>(std::fabs(s.acceleration.theta)) <=
+                        static_cast<double>(kAngular.maxAcceleration) * slack &&
+                    speed <= t.speedBoundAt(time) * slack + 1e-6 &&
+                    static_cast<double>(std::hypot(s.velocity.x - previous.velocity.x,
+                                                   s.velocity.y - previous.velocity.y)) <=
+                        static_cast<double>(kLinear.maxAcceleration) * dt * slack + 1e-6 &&
+                    static_cast<double>(std::hypot(s.position.x - previous.position.x,
+                                                   s.position.y - previous.position.y)) <=
+                        static_cast<double>(kLinear.maxVelocity) * dt * slack + 1e-6 &&
+                    (!rateContinuous ||
+                     static_cast<double>(std::fabs(s.velocity.theta - previous.velocity.theta)) <=
+                         static_cast<double>(kAngular.maxAcceleration) * dt * slack + 1e-6);
     if (!ok) {
       ++bad;
       ADD_FAILURE() << "at " << time << " s: " << s << " after " << previous;
@@ -345,7 +355,8 @@ TEST(TrajectoryDuration, ALongerDurationStretchesTheSameProfile) {
   factory.addCircle({0, 1}, kPi / 2);
   const auto fastest = own(factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
   const double minimum = toSeconds(fastest->duration());
-  const RationalSeconds asked = rationalSecondsFromFloat(2.5f * minimum, kPeriod);
+  const RationalSeconds asked =
+      rationalSecondsFromFloat(static_cast<float>(2.5 * minimum), kPeriod);
   const auto slow = own(factory.getTrajectoryBuilder(asked)(Pose2DPosVelAcc()));
   EXPECT_EQ(slow->duration().count(), asked.count());
   EXPECT_EQ(slow->minimumDuration().count(), fastest->duration().count());
@@ -355,8 +366,8 @@ TEST(TrajectoryDuration, ALongerDurationStretchesTheSameProfile) {
     const Pose2DPosVelAcc b = slow->stateAt(f * minimum * k);
     EXPECT_NEAR(b.position.x, a.position.x, 1e-3) << f;
     EXPECT_NEAR(b.position.y, a.position.y, 1e-3) << f;
-    EXPECT_NEAR(b.velocity.x * k, a.velocity.x, 1e-3) << f;
-    EXPECT_NEAR(b.acceleration.y * k * k, a.acceleration.y, 1e-3) << f;
+    EXPECT_NEAR(static_cast<double>(b.velocity.x) * k, a.velocity.x, 1e-3) << f;
+    EXPECT_NEAR(static_cast<double>(b.acceleration.y) * k * k, a.acceleration.y, 1e-3) << f;
   }
 }
 

@@ -20,7 +20,7 @@ using namespace KR::ValueUtils;
 KRValue parse(const std::string& text) { return KR::parseKRValue(text); }
 
 // A factory that only writes down the calls it receives, one line each.
-class RecordingFactory : public TrajectoryFactory {
+class RecordingFactory final : public TrajectoryFactory {
  public:
   RecordingFactory()
       : TrajectoryFactory(Limits(1, 1), Limits(1, 1),

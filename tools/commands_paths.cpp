@@ -99,6 +99,8 @@ std::string number(double value) {
   return value == 0.0 ? "0" : formatNumber(static_cast<float>(value));  // no "-0"
 }
 
+std::string number(float value) { return number(static_cast<double>(value)); }
+
 std::string describe(const Pose2D& p) {
   return "Pose2D(x=" + number(p.x) + ", y=" + number(p.y) + ", theta=" + number(p.theta) + ")";
 }
@@ -125,7 +127,7 @@ std::string describe(const RationalSeconds& duration) {
 
 /// "length", "end", then "s=...: pose" at evenly spaced arc lengths.
 std::string formatPath(const KRPath2D& path) {
-  const double length = path.length();
+  const double length = static_cast<double>(path.length());
   std::string text = "length: " + number(length) + "\nend: " + describe(path.endPose());
   const int intervals = length > 0 ? printedIntervals : 0;
   for (int i = 0; i <= intervals; ++i) {
@@ -177,17 +179,18 @@ const char* const boundColour = "#9467bd";
 const char* const titleAttributes = R"(font-family="sans-serif" font-size="13" fill="#222")";
 const char* const noteAttributes = R"(font-family="sans-serif" font-size="11" fill="#555")";
 
-svg::Point at(const Pose2D& p) { return {p.x, p.y}; }
+svg::Point at(const Pose2D& p) { return {static_cast<double>(p.x), static_cast<double>(p.y)}; }
 
 /// The points of a path, with every arc cut into pieces of at most
 /// `drawnTurn` so that it looks round.
 std::vector<svg::Point> pathPoints(const KRPath2D& path) {
   std::vector<svg::Point> points{at(path.startPose())};
   for (const auto& segment : path.segments()) {
-    const double turn = std::fabs(segment.curvature) * segment.length;
+    const double turn = static_cast<double>(std::fabs(segment.curvature) * segment.length);
     const int pieces = std::clamp(static_cast<int>(std::ceil(turn / drawnTurn)), 1, 4000);
     for (int i = pieces == 1 ? 0 : 1; i <= pieces; ++i) {
-      points.push_back(at(segment.poseAt(static_cast<float>(segment.length * i / pieces))));
+      points.push_back(
+          at(segment.poseAt(segment.length * static_cast<float>(i) / static_cast<float>(pieces))));
     }
   }
   return points;
@@ -241,8 +244,8 @@ void drawTrack(svg::Document& document, const svg::Panel& panel,
         panel.toPage(at(joint)), 3.5,
         std::string(R"(fill="white" stroke=")") + pathColour + R"(" stroke-width="1.5")");
   }
-  document.arrow(panel.toPage(at(start)), start.theta, 36, startColour);
-  document.arrow(panel.toPage(at(end)), end.theta, 36, endColour);
+  document.arrow(panel.toPage(at(start)), static_cast<double>(start.theta), 36, startColour);
+  document.arrow(panel.toPage(at(end)), static_cast<double>(end.theta), 36, endColour);
 }
 
 void writeFile(const std::string& file, const std::string& text) {
@@ -283,8 +286,8 @@ void drawSpeeds(svg::Document& document, double top, const std::vector<double>& 
   double highest = 0.1;
   for (std::size_t i = 0; i < times.size(); ++i) {
     const Pose2D& v = states[i].velocity;
-    linear.push_back({times[i], std::hypot(v.x, v.y)});
-    angular.push_back({times[i], std::fabs(v.theta)});
+    linear.push_back({times[i], static_cast<double>(std::hypot(v.x, v.y))});
+    angular.push_back({times[i], static_cast<double>(std::fabs(v.theta))});
     bound.push_back({times[i], bounds[i]});
     highest = std::max({highest, linear.back().y, angular.back().y, bound.back().y});
   }
@@ -341,7 +344,7 @@ std::string trajectoryPicture(const KR::KRValue& description,
   const std::vector<double> headingTimes = sampleTimes(duration, printedIntervals);
   for (std::size_t i = 1; i + 1 < headingTimes.size(); ++i) {
     const Pose2D pose = trajectory.stateAt(headingTimes[i]).position;
-    document.arrow(track.toPage(at(pose)), pose.theta, 22, headingColour);
+    document.arrow(track.toPage(at(pose)), static_cast<double>(pose.theta), 22, headingColour);
   }
   drawSpeeds(document, speedTop, times, states, bounds, duration);
   return document.str();
@@ -349,7 +352,7 @@ std::string trajectoryPicture(const KR::KRValue& description,
 
 /// A trajectory factory that prints every call it receives on standard
 /// output as it arrives and counts them.
-class PrintingFactory : public TrajectoryFactory {
+class PrintingFactory final : public TrajectoryFactory {
  public:
   PrintingFactory()
       : TrajectoryFactory(Limits(1, 1), Limits(1, 1),

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
+#include <utility>
 #include <vector>
 
 namespace krvaluetool {
@@ -86,11 +87,12 @@ std::string writeDuration(const std::string& input, const Options&) {
   convertDurationToKRValue(boost::chrono::nanoseconds(ns), seconds, microseconds);
   // The seconds are a 32-bit int value: about 68 years either way.
   const long long wholeSeconds = ns / 1000000000;
-  if (static_cast<int>(seconds) != wholeSeconds) {
+  const int writtenSeconds = static_cast<int>(std::as_const(seconds));
+  if (writtenSeconds != wholeSeconds) {
     std::cerr << "krvalue: warning: " << ns << " ns is " << wholeSeconds
               << " s, outside the seconds' int range [-2147483648, 2147483647]; the seconds "
                  "written wrap to "
-              << static_cast<int>(seconds) << "\n";
+              << writtenSeconds << "\n";
   }
   return KR::printKRValue(KR::KRValue::array(seconds, microseconds));
 }

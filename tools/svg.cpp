@@ -74,8 +74,8 @@ Ticks ticksOf(const Range& range, int count) {
   Ticks ticks{step, {}};
   // Counted from a whole multiple of the step so that sums do not drift.
   const long first = static_cast<long>(std::ceil(range.low / step - 1e-9));
-  for (long i = first; i * step <= range.high + step * 1e-9; ++i) {
-    ticks.values.push_back(i * step);
+  for (long i = first; static_cast<double>(i) * step <= range.high + step * 1e-9; ++i) {
+    ticks.values.push_back(static_cast<double>(i) * step);
   }
   return ticks;
 }

@@ -21,7 +21,7 @@ function(kr_tool_check name)
   endif()
   string(REPLACE ";" "$<SEMICOLON>" arguments "${ARG_ARGUMENTS}")
   add_test(NAME ${name}
-    COMMAND ${CMAKE_COMMAND} -DTOOL=$<TARGET_FILE:krvalue_tool> "-DARGUMENTS=${arguments}"
+    COMMAND ${CMAKE_COMMAND} -DTOOL=$<TARGET_FILE:krvalueutils_tool> "-DARGUMENTS=${arguments}"
       -DSTATUS=${ARG_STATUS} "-DOUTPUT=${ARG_OUTPUT}" ${options}
       -P ${CMAKE_CURRENT_SOURCE_DIR}/check_tool.cmake)
 endfunction()

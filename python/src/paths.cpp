@@ -51,9 +51,10 @@ py::array_t<float> samplePath(const T::KRPath2D& path, py::ssize_t count) {
   std::vector<M::Pose2D> poses(static_cast<std::size_t>(count));
   {
     const py::gil_scoped_release release;
-    const double length = path.length();
+    const double length = static_cast<double>(path.length());
     for (py::ssize_t i = 0; i < count; ++i) {
-      const double s = count == 1 ? 0.0 : length * static_cast<double>(i) / (count - 1);
+      const double s =
+          count == 1 ? 0.0 : length * static_cast<double>(i) / static_cast<double>(count - 1);
       poses[static_cast<std::size_t>(i)] = path.poseAt(static_cast<float>(s));
     }
   }

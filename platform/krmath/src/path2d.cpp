@@ -44,7 +44,7 @@ void requireValid(const Segment2D& segment) {
       !std::isfinite(segment.length) || segment.length < 0.0f) {
     throw std::runtime_error("A path segment needs a finite start pose, curvature and length >= 0.");
   }
-  if (!fitsFloat(segmentPoseAt(segment, segment.length))) {
+  if (!fitsFloat(segmentPoseAt(segment, static_cast<double>(segment.length)))) {
     throw std::runtime_error("A path segment ends outside the range of float coordinates.");
   }
 }
@@ -64,7 +64,7 @@ std::vector<Segment2D> withoutEmptySegments(const std::vector<Segment2D>& segmen
 double totalLength(const std::vector<Segment2D>& segments) {
   double length = 0.0;
   for (const Segment2D& segment : segments) {
-    length += segment.length;
+    length += static_cast<double>(segment.length);
   }
   if (length > static_cast<double>(FLT_MAX)) {
     throw std::runtime_error("A path's length exceeds the range of float.");
@@ -86,17 +86,18 @@ std::vector<Segment2D> segmentsOf(const std::vector<std::unique_ptr<KRDirectPath
 }  // namespace
 
 PoseD segmentPoseAt(const Segment2D& segment, double s) {
-  const double heading = segment.start.theta;
+  const double heading = static_cast<double>(segment.start.theta);
   const double turn = static_cast<double>(segment.curvature) * s;
   // The chord points halfway between the start and end headings.
-  const double chord = chordLength(segment.curvature, s);
+  const double chord = chordLength(static_cast<double>(segment.curvature), s);
   const double direction = heading + 0.5 * turn;
-  return {segment.start.x + chord * std::cos(direction),
-          segment.start.y + chord * std::sin(direction), heading + turn};
+  return {static_cast<double>(segment.start.x) + chord * std::cos(direction),
+          static_cast<double>(segment.start.y) + chord * std::sin(direction), heading + turn};
 }
 
 Pose2D Segment2D::poseAt(float s) const {
-  return toPose2D(segmentPoseAt(*this, clampedArc(s, length)));
+  return toPose2D(
+      segmentPoseAt(*this, clampedArc(static_cast<double>(s), static_cast<double>(length))));
 }
 
 Pose2D Segment2D::endPose() const { return poseAt(length); }
@@ -132,12 +133,12 @@ Pose2D KRPath2D::poseAt(float s) const {
   }
   // Walk to the first segment that reaches s: at a joint that is the
   // earlier segment.
-  double remaining = clampedArc(s, length_);
+  double remaining = clampedArc(static_cast<double>(s), length_);
   for (const Segment2D& segment : segments_) {
-    if (remaining <= segment.length) {
+    if (remaining <= static_cast<double>(segment.length)) {
       return toPose2D(segmentPoseAt(segment, remaining));
     }
-    remaining -= segment.length;
+    remaining -= static_cast<double>(segment.length);
   }
   return endPose();  // rounding left a sliver past the last segment
 }

@@ -49,7 +49,10 @@ void requireFinite(const Position2D& point, const char* what) {
   requireFinite(point.y, what);
 }
 
-Point scaled(const Position2D& point, double scale) { return {point.x * scale, point.y * scale}; }
+Point scaled(const Position2D& point, float scale) {
+  const double factor = static_cast<double>(scale);
+  return {static_cast<double>(point.x) * factor, static_cast<double>(point.y) * factor};
+}
 
 // The value of `direction` (an angle) nearest to `reference`, so that headings
 // along a path change by at most a half turn at a corner and a straight run
@@ -129,9 +132,10 @@ Segment2D toWorld(const LocalSegment& local, const Pose2D& frame) {
   const double c = std::cos(static_cast<double>(frame.theta));
   const double s = std::sin(static_cast<double>(frame.theta));
   Segment2D segment;
-  segment.start = Pose2D(checkedFloat(frame.x + c * local.start.x - s * local.start.y),
-                         checkedFloat(frame.y + s * local.start.x + c * local.start.y),
-                         checkedFloat(frame.theta + local.start.theta));
+  segment.start =
+      Pose2D(checkedFloat(static_cast<double>(frame.x) + c * local.start.x - s * local.start.y),
+             checkedFloat(static_cast<double>(frame.y) + s * local.start.x + c * local.start.y),
+             checkedFloat(static_cast<double>(frame.theta) + local.start.theta));
   segment.length = static_cast<float>(local.length);
   segment.curvature = static_cast<float>(local.curvature);
   return segment;
@@ -183,7 +187,7 @@ DirectPath2DBuilder PathFactory::circleBuilder(const Position2D& centre, float a
   requireFinite(angle, "the arc's angle");
   LocalPiece piece{KRDirectPath2D::Kind::ArcOfCircle, {}};
   PoseD at = origin();
-  appendArc(piece.segments, at, scaled(centre, scale_), angle);
+  appendArc(piece.segments, at, scaled(centre, scale_), static_cast<double>(angle));
   return builderOf(piece);
 }
 
@@ -198,9 +202,9 @@ DirectPath2DBuilder PathFactory::flatPathBuilder(const Position2D& firstCentre, 
   requireFinite(secondAngle, "the second arc's angle");
   LocalPiece piece{KRDirectPath2D::Kind::Flat, {}};
   PoseD at = origin();
-  appendArc(piece.segments, at, scaled(firstCentre, scale_), firstAngle);
+  appendArc(piece.segments, at, scaled(firstCentre, scale_), static_cast<double>(firstAngle));
   appendLine(piece.segments, at, scaled(straightEnd, scale_));
-  appendArc(piece.segments, at, scaled(secondCentre, scale_), secondAngle);
+  appendArc(piece.segments, at, scaled(secondCentre, scale_), static_cast<double>(secondAngle));
   return builderOf(piece);
 }
 

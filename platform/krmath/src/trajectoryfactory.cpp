@@ -39,7 +39,7 @@ constexpr double kCornerTolerance = 1e-4;
 constexpr double kSidewaysTolerance = 1e-4;
 
 double cornerTolerance(double heading) {
-  return kCornerTolerance + 4.0 * FLT_EPSILON * std::fabs(heading);
+  return kCornerTolerance + 4.0 * static_cast<double>(FLT_EPSILON) * std::fabs(heading);
 }
 
 // The limits the motion may use (already times the fraction of limits), the
@@ -55,11 +55,11 @@ struct MotionSettings {
 
 // The factory's limits times its fraction of limits, and the duration asked for.
 MotionSettings settingsOf(const TrajectoryFactory& factory, const RationalSeconds& asked) {
-  const double fraction = factory.fractionOfLimits();
-  return {fraction * factory.firstLimits().maxVelocity,
-          fraction * factory.firstLimits().maxAcceleration,
-          fraction * factory.secondLimits().maxVelocity,
-          fraction * factory.secondLimits().maxAcceleration,
+  const double fraction = static_cast<double>(factory.fractionOfLimits());
+  return {fraction * static_cast<double>(factory.firstLimits().maxVelocity),
+          fraction * static_cast<double>(factory.firstLimits().maxAcceleration),
+          fraction * static_cast<double>(factory.secondLimits().maxVelocity),
+          fraction * static_cast<double>(factory.secondLimits().maxAcceleration),
           factory.period(),
           asked};
 }
@@ -96,7 +96,7 @@ void requireFiniteStart(const Pose2DPosVelAcc& start) {
 // rotation limits.
 SpeedSpan spanOf(const Segment2D& segment, const MotionSettings& settings, bool turnsWithPath) {
   SpeedSpan span;
-  span.length = segment.length;
+  span.length = static_cast<double>(segment.length);
   span.maxSpeed = settings.speed;
   span.curvature = std::fabs(static_cast<double>(segment.curvature));
   span.maxTangential = std::numeric_limits<double>::infinity();
@@ -110,8 +110,8 @@ SpeedSpan spanOf(const Segment2D& segment, const MotionSettings& settings, bool 
 // The start speed along `direction`, the path's first direction of travel.
 // Throws std::runtime_error when the start velocity points elsewhere.
 double startSpeedAlong(const Pose2DPosVelAcc& start, double direction) {
-  const double vx = start.velocity.x;
-  const double vy = start.velocity.y;
+  const double vx = static_cast<double>(start.velocity.x);
+  const double vy = static_cast<double>(start.velocity.y);
   const double speed = std::hypot(vx, vy);
   if (speed == 0.0) {
     return 0.0;
@@ -145,12 +145,13 @@ class PhasePlanner {
       return {};
     }
     startSpeed_ = startSpeed;
-    double heading = turnsWithPath_ ? path.startPose().theta : segments[0].start.theta;
+    double heading =
+        static_cast<double>(turnsWithPath_ ? path.startPose().theta : segments[0].start.theta);
     double offset = 0.0;
     double arc = 0.0;
     for (std::size_t i = 0; i < segments.size(); ++i) {
       const Segment2D& segment = segments[i];
-      double turn = segment.start.theta + offset - heading;
+      double turn = static_cast<double>(segment.start.theta) + offset - heading;
       // Headings are stored as floats, so a half turn (a U-turn) may come out
       // a rounding error above pi; only a corner clearly sharper is wrapped.
       const double slack = 1e-6 * (1.0 + std::fabs(heading));
@@ -176,8 +177,8 @@ class PhasePlanner {
       spans_.push_back(span);
       run_.speedBounds.push_back(speedBound(span, settings_.acceleration));
       ++run_.segmentCount;
-      arc += segment.length;
-      heading = segment.endPose().theta + offset;
+      arc += static_cast<double>(segment.length);
+      heading = static_cast<double>(segment.endPose().theta) + offset;
     }
     closeRun();
     return std::move(phases_);
@@ -247,7 +248,8 @@ RationalSeconds motionDuration(const RationalSeconds& minimum, const MotionSetti
 
 // The path's first direction of travel; the start heading for no path.
 double firstDirection(const KRPath2D& path) {
-  return path.segments().empty() ? path.startPose().theta : path.segments()[0].start.theta;
+  return static_cast<double>(path.segments().empty() ? path.startPose().theta
+                                                     : path.segments()[0].start.theta);
 }
 
 KRDirectTrajectoryPose2D* buildNonHolonomic(const Path2DComposedBuilder& pathBuilder,
@@ -257,7 +259,7 @@ KRDirectTrajectoryPose2D* buildNonHolonomic(const Path2DComposedBuilder& pathBui
   std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
   // A base facing along the path moves along its orientation; a path that
   // starts elsewhere starts with a turn on the spot, from rest.
-  const double speed = startSpeedAlong(start, start.position.theta);
+  const double speed = startSpeedAlong(start, static_cast<double>(start.position.theta));
   std::vector<Phase> phases = PhasePlanner(settings, true).plan(*path, speed);
   const RationalSeconds minimum = minimumDurationOf(ownTimeOf(phases), settings);
   return new KRDirectTrajectoryPose2D(std::move(path), std::move(phases),
@@ -269,16 +271,16 @@ KRTrajectoryPose2DHolonomic* buildHolonomic(const Path2DComposedBuilder& pathBui
                                             const MotionSettings& settings, float rotation,
                                             const Pose2DPosVelAcc& start) {
   requireFiniteStart(start);
-  if (!(std::fabs(static_cast<double>(start.position.theta) + rotation) <=
+  if (!(std::fabs(static_cast<double>(start.position.theta) + static_cast<double>(rotation)) <=
         static_cast<double>(FLT_MAX))) {
     throw std::runtime_error("A holonomic trajectory would end at an orientation out of range.");
   }
   std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
   const double speed = startSpeedAlong(start, firstDirection(*path));
   std::vector<Phase> phases = PhasePlanner(settings, false).plan(*path, speed);
-  const double turnTime = profileDuration(planTurn(rotation, start.velocity.theta,
-                                                   settings.angularSpeed,
-                                                   settings.angularAcceleration));
+  const double turnTime = profileDuration(
+      planTurn(static_cast<double>(rotation), static_cast<double>(start.velocity.theta),
+               settings.angularSpeed, settings.angularAcceleration));
   const RationalSeconds minimum =
       minimumDurationOf(std::max(ownTimeOf(phases), turnTime), settings);
   return new KRTrajectoryPose2DHolonomic(std::move(path), std::move(phases),

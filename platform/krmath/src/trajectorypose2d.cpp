@@ -50,7 +50,7 @@ std::vector<double> segmentStartsOf(const KRPath2D& path) {
   double arc = 0.0;
   for (const Segment2D& segment : path.segments()) {
     starts.push_back(arc);
-    arc += segment.length;
+    arc += static_cast<double>(segment.length);
   }
   return starts;
 }
@@ -80,7 +80,7 @@ Pose2D phaseEndPose(const Phase& phase, const KRPath2D& path) {
                   saturatedFloat(phase.fromHeading + phase.turn));
   }
   const Pose2D end = path.segments()[phase.segment + phase.segmentCount - 1].endPose();
-  return Pose2D(end.x, end.y, saturatedFloat(end.theta + phase.headingOffset));
+  return Pose2D(end.x, end.y, saturatedFloat(static_cast<double>(end.theta) + phase.headingOffset));
 }
 
 // The state `t` own seconds into a turn on the spot, slowed down by `stretch`.
@@ -106,7 +106,7 @@ Pose2DPosVelAcc runState(const Phase& phase, const KRPath2D& path,
                                                        static_cast<double>(segment.length)));
   const double speed = sample.speed / stretch;
   const double acceleration = sample.acceleration / (stretch * stretch);
-  const double k = segment.curvature;
+  const double k = static_cast<double>(segment.curvature);
   const double c = std::cos(pose.theta);
   const double sn = std::sin(pose.theta);
   const double centripetal = k * speed * speed;
@@ -257,10 +257,10 @@ KRTrajectoryPose2DHolonomic::KRTrajectoryPose2DHolonomic(
     throw std::runtime_error("A holonomic trajectory needs positive, finite rotation limits.");
   }
   turn_->kind = Phase::Kind::Turn;
-  turn_->turn = rotation;
-  turn_->fromHeading = startOrientation_;
-  turn_->profile =
-      planTurn(rotation, startTurnRate_, maxAngularVelocity, maxAngularAcceleration);
+  turn_->turn = static_cast<double>(rotation);
+  turn_->fromHeading = static_cast<double>(startOrientation_);
+  turn_->profile = planTurn(static_cast<double>(rotation), static_cast<double>(startTurnRate_),
+                            maxAngularVelocity, maxAngularAcceleration);
   rotationStretch_ = stretchOf(turn_->duration(), duration, startTurnRate_ == 0.0f);
 }
 
@@ -277,12 +277,14 @@ Pose2DPosVelAcc KRTrajectoryPose2DHolonomic::stateAt(double seconds) const {
   }
   const double own = seconds / rotationStretch_;
   if (seconds >= toSeconds(duration()) || own >= turn_->duration()) {
-    state.position.theta = saturatedFloat(static_cast<double>(startOrientation_) + rotation_);
+    state.position.theta =
+        saturatedFloat(static_cast<double>(startOrientation_) + static_cast<double>(rotation_));
     return state;
   }
   const ProfileSample sample = sampleProfile(turn_->profile, own);
   const double sign = rotation_ < 0.0f ? -1.0 : 1.0;
-  state.position.theta = saturatedFloat(startOrientation_ + sign * sample.position);
+  state.position.theta =
+      saturatedFloat(static_cast<double>(startOrientation_) + sign * sample.position);
   state.velocity.theta = saturatedFloat(sign * sample.speed / rotationStretch_);
   state.acceleration.theta =
       saturatedFloat(sign * sample.acceleration / (rotationStretch_ * rotationStretch_));

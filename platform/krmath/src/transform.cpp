@@ -33,11 +33,11 @@ bool allFinite(const Transform& t) {
 // The rotation part R (columns 1 to 3), widened to double so that the checks
 // below are not limited by single-precision rounding.
 Matrix3 rotationOf(const Transform& t) {
-  Matrix3 r;
+  Eigen::Matrix3f r;
   r << t.r1_c1, t.r1_c2, t.r1_c3,
        t.r2_c1, t.r2_c2, t.r2_c3,
        t.r3_c1, t.r3_c2, t.r3_c3;
-  return r;
+  return r.cast<double>();
 }
 
 void setRotation(Transform& t, const Matrix3& r) {
@@ -60,9 +60,9 @@ bool Transform::isTransform(const float& tolerance) const {
   // R^T R - I is symmetric: its entries are the dot products of the columns
   // of R, less 1 on the diagonal, so six of them decide. Each is compared on
   // its own, so that a NaN anywhere (or a NaN tolerance) fails a comparison.
-  const Eigen::Vector3d c1(r1_c1, r2_c1, r3_c1);
-  const Eigen::Vector3d c2(r1_c2, r2_c2, r3_c2);
-  const Eigen::Vector3d c3(r1_c3, r2_c3, r3_c3);
+  const Eigen::Vector3d c1 = Eigen::Vector3f(r1_c1, r2_c1, r3_c1).cast<double>();
+  const Eigen::Vector3d c2 = Eigen::Vector3f(r1_c2, r2_c2, r3_c2).cast<double>();
+  const Eigen::Vector3d c3 = Eigen::Vector3f(r1_c3, r2_c3, r3_c3).cast<double>();
   const double limit = static_cast<double>(tolerance);
   const bool orthonormal = std::abs(c1.dot(c1) - 1.0) <= limit &&
                            std::abs(c2.dot(c2) - 1.0) <= limit &&
