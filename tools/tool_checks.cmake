@@ -3,11 +3,17 @@
 # Included from this directory's CMakeLists.txt when tests are built.
 
 # kr_tool_check(<name> ARGUMENTS <args...> STATUS <n> [OUTPUT <regex>]
-#               [ERRORS <regex>] [INPUT <text>] [OUTPUT_FILE <path>])
-# INPUT is given on standard input; OUTPUT_FILE takes standard output.
+#               [ERRORS <regex>] [INPUT <text>] [OUTPUT_FILE <path>]
+#               [FILE <path> FILE_START <regex>])
+# INPUT is given on standard input; OUTPUT_FILE takes standard output; FILE
+# is a file the tool writes, whose start must match FILE_START.
 function(kr_tool_check name)
-  cmake_parse_arguments(ARG "" "STATUS;OUTPUT;ERRORS;INPUT;OUTPUT_FILE" "ARGUMENTS" ${ARGN})
+  cmake_parse_arguments(ARG "" "STATUS;OUTPUT;ERRORS;INPUT;OUTPUT_FILE;FILE;FILE_START"
+    "ARGUMENTS" ${ARGN})
   set(options)
+  if(DEFINED ARG_FILE)
+    list(APPEND options -DFILE=${ARG_FILE} "-DFILE_START=${ARG_FILE_START}")
+  endif()
   if(DEFINED ARG_ERRORS)
     list(APPEND options "-DERRORS=${ARG_ERRORS}")
   endif()
@@ -75,3 +81,29 @@ kr_tool_check(krvalue_lines
   STATUS 2
   OUTPUT "^\\[1\\.0, 2\\.0, 3\\.0\\]\n{\"error\": \"KRMotion: value Pose2D is not valid\\. It has to be \\[x, y, theta\\]\\.\", \"status\": 1}\n{\"error\": \"KRValue text: syntax error at offset 10: invalid literal; last read: '3\\] x'; expected end of input\", \"status\": 2}\n$"
   ERRORS "^$")
+
+# Paths and trajectories.
+kr_tool_check(krvalue_path_length
+  ARGUMENTS path "[\"Line\", [3.0, 4.0]]"
+  STATUS 0
+  OUTPUT "^length: 5\nend: Pose2D\\(x=3, y=4, theta=0\\.9272952\\)\ns=0: ")
+kr_tool_check(krvalue_path_invalid
+  ARGUMENTS path "[\"Line\", [1, 2], 3]" --name p
+  STATUS 1
+  OUTPUT "^$")
+kr_tool_check(krvalue_path_svg
+  ARGUMENTS path "[\"Circle\", [0.0, 1.0], 3.1415927]"
+    --svg ${CMAKE_CURRENT_BINARY_DIR}/krvalue_path_svg.svg
+  STATUS 0
+  OUTPUT "^length: 3\\.1415927\n"
+  FILE ${CMAKE_CURRENT_BINARY_DIR}/krvalue_path_svg.svg
+  FILE_START "<\\?xml|<svg")
+# The calls made before a failing piece show above the message.
+kr_tool_check(krvalue_path_factory_partial
+  ARGUMENTS path "[\"Composed\", [\"Line\", [1, 0]], [\"Circle\", [0, 1]]]" --factory --name p
+  STATUS 1
+  OUTPUT "^addLine\\(Position2D\\(x=1, y=0\\)\\)\n$")
+kr_tool_check(krvalue_trajectory_bad_start
+  ARGUMENTS trajectory "[\"NonHolonomic\", [\"Line\", [1.0, 0.0]], 0.0]" --start 1,2
+  STATUS 2
+  OUTPUT "^$")
