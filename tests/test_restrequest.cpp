@@ -29,7 +29,7 @@ using Requests = std::vector<RestRequest>;
 using Modes = std::map<std::string, KR::REST_REFLEX_MODE>;
 const KR::REST_REFLEX_MODE S = KR::SAFE, I = KR::IMMEDIATE, C = KR::CUSTOM;
 
-KRValue parse(const char* text) { return KR::parseKRValue(text); }
+KRValue parse(const std::string& text) { return KR::parseKRValue(text); }
 
 RestRequest request(std::vector<std::string> names, Modes modes, std::vector<float> angles = {}) {
   return {std::move(modes), std::move(names), std::move(angles)};
@@ -57,50 +57,44 @@ TEST(ReflexMode, NamesBothWaysAndUnknowns) {
 TEST(ReadRestRequests, FormsOfTheSecondElementAndTheirMessages) {
   const std::string noName =
       "KRValue should be a string, a vector of floats or a vector of strings.";
-  const struct {
-    const char* text;
-    Requests expected;
-    std::string message;
-  } cases[] = {
-      // 1. One mode name for all; "Custom" needs angles.
-      {R"([[["A", "B"], "Safe"]])", {request({"A", "B"}, {{"A", S}, {"B", S}})}, kNoThrow},
-      {R"([[["A", "B"], "Custom"]])", {}, "arg unsupported mode: Custom"},
-      // 2. Element 0 a float: angles, every name CUSTOM; lengths unchecked.
-      {R"([[["A", "B"], [0.5, 1]]])", {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1})},
-       kNoThrow},
-      {R"([[["A"], [0.5, "x"]]])", {}, "arg KRValue: Expected a float"},
-      // 3. Element 0 a string: modes by index, "Custom" accepted, a name
-      // without a partner gets no entry, surplus modes are still converted.
-      {R"([[["A", "B"], ["Safe"]]])", {request({"A", "B"}, {{"A", S}})}, kNoThrow},
-      {R"([[["A"], ["Safe", "Immediate"]]])", {request({"A"}, {{"A", S}})}, kNoThrow},
-      {R"([[["A"], ["Safe", "Bad"]]])", {}, "Cannot convert Bad to REST_REFLEX_MODE."},
-      {R"([[["A", "A"], ["Safe", "Immediate"]]])", {request({"A", "A"}, {{"A", I}})}, kNoThrow},
-      {R"([[["A", "B"], ["Safe", 1.5]]])", {},
-       "KRValue: expected a string value but found a float value"},
-      // Anything else, in the order the forms are told apart.
-      {R"([[["A"], [1, 2.5]]])", {}, noName},  // an int is not a float here
-      {R"([[["A"], []]])", {}, "KRMotion: arg KRValue is empty."},
-      {R"([[["A"], 3]])", {}, "arg KRValue should be a string or a vector of angles."},
-      // The request and its names.
-      {R"([[["A"]]])", {}, "arg KRValue size should be superior to 2."},
-      {R"([[["A"], "Safe", 42]])", {request({"A"}, {{"A", S}})}, kNoThrow},
-      {R"([["A", "Safe"]])", {}, "KRMotion: arg KRValue is not an array."},
-      {R"([[[], "Safe"]])", {}, "KRMotion: arg KRValue is empty."},
-      {R"([[[1], "Safe"]])", {}, "KRValue: expected a string value but found an int value"},
-      {"null", kLeftovers, "KRMotion: arg KRValue is invalid."},
-      {R"("Safe")", kLeftovers, "KRMotion: arg KRValue is not an array."},
-      // Failing later: the requests before the failing element stay.
-      {R"([[["A"], "Safe"], [["B"], [0.5]], [["C"], "Custom"], [["D"], "Safe"]])",
-       {request({"A"}, {{"A", S}}), request({"B"}, {{"B", C}}, {0.5f})},
-       "arg unsupported mode: Custom"},
+  const auto read = [](const std::string& text, Requests& out) {
+    extractVectorRestRequestFromKRValue(parse(text), "arg", out);
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    Requests out = kLeftovers;
-    EXPECT_EQ(messageOf([&] { extractVectorRestRequestFromKRValue(parse(c.text), "arg", out); }),
-              c.message);
-    EXPECT_EQ(out, c.expected);
-  }
+  KRTest::expectRows<Requests>(
+      read, kLeftovers,
+      {// 1. One mode name for all; "Custom" needs angles.
+       {R"([[["A", "B"], "Safe"]])", kNoThrow, {request({"A", "B"}, {{"A", S}, {"B", S}})}},
+       {R"([[["A", "B"], "Custom"]])", "arg unsupported mode: Custom", {}},
+       // 2. Element 0 a float: angles, every name CUSTOM; lengths unchecked.
+       {R"([[["A", "B"], [0.5, 1]]])",
+        kNoThrow,
+        {request({"A", "B"}, {{"A", C}, {"B", C}}, {0.5f, 1})}},
+       {R"([[["A"], [0.5, "x"]]])", "arg KRValue: Expected a float", {}},
+       // 3. Element 0 a string: modes by index, "Custom" accepted, a name
+       // without a partner gets no entry, surplus modes are still converted.
+       {R"([[["A", "B"], ["Safe"]]])", kNoThrow, {request({"A", "B"}, {{"A", S}})}},
+       {R"([[["A"], ["Safe", "Immediate"]]])", kNoThrow, {request({"A"}, {{"A", S}})}},
+       {R"([[["A"], ["Safe", "Bad"]]])", "Cannot convert Bad to REST_REFLEX_MODE.", {}},
+       {R"([[["A", "A"], ["Safe", "Immediate"]]])", kNoThrow, {request({"A", "A"}, {{"A", I}})}},
+       {R"([[["A", "B"], ["Safe", 1.5]]])",
+        "KRValue: expected a string value but found a float value",
+        {}},
+       // Anything else, in the order the forms are told apart.
+       {R"([[["A"], [1, 2.5]]])", noName, {}},  // an int is not a float here
+       {R"([[["A"], []]])", "KRMotion: arg KRValue is empty.", {}},
+       {R"([[["A"], 3]])", "arg KRValue should be a string or a vector of angles.", {}},
+       // The request and its names.
+       {R"([[["A"]]])", "arg KRValue size should be superior to 2.", {}},
+       {R"([[["A"], "Safe", 42]])", kNoThrow, {request({"A"}, {{"A", S}})}},
+       {R"([["A", "Safe"]])", "KRMotion: arg KRValue is not an array.", {}},
+       {R"([[[], "Safe"]])", "KRMotion: arg KRValue is empty.", {}},
+       {R"([[[1], "Safe"]])", "KRValue: expected a string value but found an int value", {}},
+       {"null", "KRMotion: arg KRValue is invalid.", kLeftovers},
+       {R"("Safe")", "KRMotion: arg KRValue is not an array.", kLeftovers},
+       // Failing later: the requests before the failing element stay.
+       {R"([[["A"], "Safe"], [["B"], [0.5]], [["C"], "Custom"], [["D"], "Safe"]])",
+        "arg unsupported mode: Custom",
+        {request({"A"}, {{"A", S}}), request({"B"}, {{"B", C}}, {0.5f})}}});
 }
 
 TEST(RestRequestEquality, NamesInOrderModesAndAnglesWithin1e5) {

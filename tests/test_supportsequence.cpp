@@ -6,21 +6,6 @@
 
 #include "test_support.h"
 
-#include <ostream>
-
-namespace KR {
-namespace Math {
-// Failure output names the fields instead of dumping bytes.
-void PrintTo(const SupportSequence& s, std::ostream* out) {
-  *out << "{\"" << s.name << "\", " << printKRValue(KRValue(s.values)) << ", [";
-  for (std::size_t i = 0; i < s.flags.size(); ++i) {
-    *out << (i ? ", " : "") << (s.flags[i] ? "true" : "false");
-  }
-  *out << "]}";
-}
-}  // namespace Math
-}  // namespace KR
-
 namespace {
 
 using KR::KRValue;
@@ -28,7 +13,7 @@ using KR::Math::SupportSequence;
 using namespace KR::ValueUtils;
 using Sequences = std::vector<SupportSequence>;
 
-KRValue parse(const char* text) { return KR::parseKRValue(text); }
+KRValue parse(const std::string& text) { return KR::parseKRValue(text); }
 
 const SupportSequence kLeftover("old", {9}, {true});
 const std::string kSize3 = "KRMotion: arg Expected an KRValue of size 3.";
@@ -38,37 +23,29 @@ const std::string kDuplicate =
 // Every case reads into a sequence holding leftovers: success replaces all of
 // it, a failure leaves it untouched.
 TEST(ReadSupportSequence, ShapesMessagesAndListReaders) {
-  const struct {
-    const char* text;
-    SupportSequence expected;
-    std::string message;
-  } cases[] = {
-      {R"(["S", [], []])", SupportSequence("S", {}, {}), kNoThrow},  // list readers not asked
-      {R"(["S", [0.5, 1.0], [true, false]])", SupportSequence("S", {0.5f, 1}, {true, false}),
-       kNoThrow},
-      // One bool stands for as many flags as floats were read.
-      {R"(["S", [0.5, 1, 2.0], true])", SupportSequence("S", {0.5f, 1, 2}, {true, true, true}),
-       kNoThrow},
-      {R"(["S", 0.5, false])", SupportSequence("S", {0.5f}, {false}), kNoThrow},
-      {"null", kLeftover, kSize3},
-      {R"(["S", []])", kLeftover, kSize3},
-      {"[1, [], []]", kLeftover, "KRMotion: arg Expected a string as first element."},
-      // Not the empty case: the float reader rejects the empty list.
-      {R"(["S", [], [true]])", kLeftover, "KRMotion: arg KRValue is empty."},
-      {R"(["S", null, []])", kLeftover, "KRMotion: arg KRValue is invalid."},
-      {R"(["S", [0.5, "x"], [true, true]])", kLeftover, "arg KRValue: Expected a float"},
-      {R"(["S", [0.5], "yes"])", kLeftover,
-       "arg : Expected a bool, int, float or array but found an invalid KRValue"},
-      {R"(["S", [0.5], null])", kLeftover,
-       "arg : Expected a bool or vector of bool but found an invalid KRValue"},
+  const auto read = [](const std::string& text, SupportSequence& out) {
+    extractSupportSequenceFromKRValue(parse(text), "arg", out);
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    SupportSequence out = kLeftover;
-    EXPECT_EQ(messageOf([&] { extractSupportSequenceFromKRValue(parse(c.text), "arg", out); }),
-              c.message);
-    EXPECT_EQ(out, c.expected);
-  }
+  KRTest::expectRows<SupportSequence>(
+      read, kLeftover,
+      {{R"(["S", [], []])", kNoThrow, SupportSequence("S", {}, {})},  // list readers not asked
+       {R"(["S", [0.5, 1.0], [true, false]])", kNoThrow,
+        SupportSequence("S", {0.5f, 1}, {true, false})},
+       // One bool stands for as many flags as floats were read.
+       {R"(["S", [0.5, 1, 2.0], true])", kNoThrow,
+        SupportSequence("S", {0.5f, 1, 2}, {true, true, true})},
+       {R"(["S", 0.5, false])", kNoThrow, SupportSequence("S", {0.5f}, {false})},
+       {"null", kSize3, kLeftover},
+       {R"(["S", []])", kSize3, kLeftover},
+       {"[1, [], []]", "KRMotion: arg Expected a string as first element.", kLeftover},
+       // Not the empty case: the float reader rejects the empty list.
+       {R"(["S", [], [true]])", "KRMotion: arg KRValue is empty.", kLeftover},
+       {R"(["S", null, []])", "KRMotion: arg KRValue is invalid.", kLeftover},
+       {R"(["S", [0.5, "x"], [true, true]])", "arg KRValue: Expected a float", kLeftover},
+       {R"(["S", [0.5], "yes"])",
+        "arg : Expected a bool, int, float or array but found an invalid KRValue", kLeftover},
+       {R"(["S", [0.5], null])",
+        "arg : Expected a bool or vector of bool but found an invalid KRValue", kLeftover}});
 }
 
 // The bool reader accepts a list of any length; the record's constructor is
@@ -89,29 +66,20 @@ TEST(ReadSupportSequences, UniqueNamesAndStateAfterFailure) {
   const SupportSequence s("S", {0.5f}, {true});
   const SupportSequence t("T", {1}, {false});
   const SupportSequence none;
-  const struct {
-    const char* text;
-    Sequences expected;
-    std::string message;
-  } cases[] = {
-      {"[]", {}, kNoThrow},
-      {R"("S")", {}, "KRMotion: arg SupportSequence KRValue is not an array"},
-      {R"([["S", [0.5], [true]], ["T", [1], false], ["S", [0.5], [true]]])", {s, t, s},
-       kDuplicate},
-      // Names are compared as each sequence is read: the duplicate is reported
-      // before a bad element after it is reached ...
-      {R"([["S", [0.5], [true]], ["S", [0.5], [true]], ["T"]])", {s, s, none}, kDuplicate},
-      // ... and a bad element hides a duplicate after it.
-      {R"([["S", [0.5], [true]], ["T"], ["S", [0.5], [true]]])", {s, none, none}, kSize3},
+  const auto read = [](const std::string& text, Sequences& out) {
+    extractVectorSupportSequenceFromKRValue(parse(text), "arg", out);
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    Sequences out(4, kLeftover);
-    EXPECT_EQ(
-        messageOf([&] { extractVectorSupportSequenceFromKRValue(parse(c.text), "arg", out); }),
-        c.message);
-    EXPECT_EQ(out, c.expected);
-  }
+  KRTest::expectRows<Sequences>(
+      read, Sequences(4, kLeftover),
+      {{"[]", kNoThrow, {}},
+       {R"("S")", "KRMotion: arg SupportSequence KRValue is not an array", {}},
+       {R"([["S", [0.5], [true]], ["T", [1], false], ["S", [0.5], [true]]])", kDuplicate,
+        {s, t, s}},
+       // Names are compared as each sequence is read: the duplicate is reported
+       // before a bad element after it is reached ...
+       {R"([["S", [0.5], [true]], ["S", [0.5], [true]], ["T"]])", kDuplicate, {s, s, none}},
+       // ... and a bad element hides a duplicate after it.
+       {R"([["S", [0.5], [true]], ["T"], ["S", [0.5], [true]]])", kSize3, {s, none, none}}});
 }
 
 }  // namespace
