@@ -97,6 +97,13 @@ TEST(KRValueSemantics, AssignmentReplacesAnyKind) {
     v = self;
     EXPECT_EQ(v, to);
   }
+  // A scalar taken from the array being replaced is read before the array goes.
+  KRValue v = KRValue::array(KRValue::array(1.5f, 7, true));
+  v[0] = static_cast<float&>(v[0][0]);
+  EXPECT_EQ(v, KRValue::array(1.5f));
+  v = KRValue::array(7);
+  v = static_cast<int&>(v[0]);
+  EXPECT_EQ(v, KRValue(7));
 }
 
 TEST(KRValueConversions, AcceptedKindsAndMisuse) {

@@ -10,22 +10,28 @@
 namespace krpy {
 namespace {
 
-/// "value[2][0]": where in the argument the converter stands.
-std::string positionText(const std::vector<Py_ssize_t>& position) {
+/// Where the converter stands in the argument ("value[2][0]" in messages),
+/// and the memory the converted value takes, estimated.
+struct Walk {
+  std::vector<Py_ssize_t> position;
+  std::size_t bytes = 0;
+};
+
+std::string positionText(const Walk& walk) {
   std::string text = "value";
-  for (const Py_ssize_t index : position) {
+  for (const Py_ssize_t index : walk.position) {
     text += "[" + std::to_string(index) + "]";
   }
   return text;
 }
 
-[[noreturn]] void throwUnsupported(PyObject* object, const std::vector<Py_ssize_t>& position) {
-  throw py::type_error(positionText(position) + " is a " + Py_TYPE(object)->tp_name +
+[[noreturn]] void throwUnsupported(PyObject* object, const Walk& walk) {
+  throw py::type_error(positionText(walk) + " is a " + Py_TYPE(object)->tp_name +
                        "; a KRValue holds None, bool, int, float, str or a list");
 }
 
 /// An int object as a 32-bit int value; OverflowError beyond that range.
-KR::KRValue intValue(PyObject* object, const std::vector<Py_ssize_t>& position) {
+KR::KRValue intValue(PyObject* object, const Walk& walk) {
   int overflow = 0;
   const long long number = PyLong_AsLongLongAndOverflow(object, &overflow);
   if (number == -1 && PyErr_Occurred()) {
@@ -33,7 +39,7 @@ KR::KRValue intValue(PyObject* object, const std::vector<Py_ssize_t>& position) 
   }
   if (overflow != 0 || number < INT_MIN || number > INT_MAX) {
     PyErr_Format(PyExc_OverflowError, "%s is the int %S, outside a KRValue int's range [%d, %d]",
-                 positionText(position).c_str(), object, INT_MIN, INT_MAX);
+                 positionText(walk).c_str(), object, INT_MIN, INT_MAX);
     throw py::error_already_set();
   }
   return KR::KRValue(static_cast<int>(number));
@@ -43,69 +49,75 @@ bool isNumpyObject(PyObject* object) {
   return std::strncmp(Py_TYPE(object)->tp_name, "numpy.", 6) == 0;
 }
 
-void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& position);
+void convert(PyObject* object, KR::KRValue& out, Walk& walk);
 
-/// A list or tuple, element by element, written in place into `out`.
-void convertSequence(PyObject* sequence, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+/// A list or tuple, element by element, written in place into `out`. Every
+/// element is written: `out` may hold an earlier value whose blocks are
+/// reused.
+void convertSequence(PyObject* sequence, KR::KRValue& out, Walk& walk) {
   const bool isList = PyList_Check(sequence);
   const Py_ssize_t size = isList ? PyList_GET_SIZE(sequence) : PyTuple_GET_SIZE(sequence);
   if (size > INT_MAX) {
-    throw py::value_error(positionText(position) + " has more elements than a KRValue holds");
+    throw py::value_error(positionText(walk) + " has more elements than a KRValue holds");
   }
   out.arraySetSize(static_cast<int>(size));
+  walk.bytes += 16 + static_cast<std::size_t>(size) * sizeof(KR::KRValue);
   if (size == 0) {
     return;
   }
   // Elements are contiguous and stay in place while they are filled.
   KR::KRValue* const elements = &out[0];
-  position.push_back(0);
+  walk.position.push_back(0);
+  Py_ssize_t i = 0;
   // A list may shrink while a numpy element is converted: stop at its end.
-  for (Py_ssize_t i = 0; i < size && (!isList || i < PyList_GET_SIZE(sequence)); ++i) {
+  for (; i < size && (!isList || i < PyList_GET_SIZE(sequence)); ++i) {
     PyObject* const element =
         isList ? PyList_GET_ITEM(sequence, i) : PyTuple_GET_ITEM(sequence, i);
     // Floats, the bulk of record lists, without the general dispatch.
     if (Py_IS_TYPE(element, &PyFloat_Type)) {
-      elements[i] = KR::KRValue(static_cast<float>(PyFloat_AS_DOUBLE(element)));
+      elements[i] = static_cast<float>(PyFloat_AS_DOUBLE(element));
       continue;
     }
-    position.back() = i;
+    walk.position.back() = i;
     // Our own reference: converting a numpy element runs Python code.
     const py::object hold = py::reinterpret_borrow<py::object>(element);
-    convert(element, elements[i], position);
+    convert(element, elements[i], walk);
   }
-  position.pop_back();
+  for (; i < size; ++i) {
+    elements[i].clear();
+  }
+  walk.position.pop_back();
 }
 
-void convertNested(PyObject* sequence, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+void convertNested(PyObject* sequence, KR::KRValue& out, Walk& walk) {
   if (Py_EnterRecursiveCall(" while converting to a KRValue") != 0) {
     throw py::error_already_set();
   }
   struct Leave {
     ~Leave() { Py_LeaveRecursiveCall(); }
   } leave;
-  convertSequence(sequence, out, position);
+  convertSequence(sequence, out, walk);
 }
 
 /// A numpy array as the list its tolist() gives, a numpy scalar as the
 /// Python number its item() gives.
-KR::KRValue convertNumpy(PyObject* object, std::vector<Py_ssize_t>& position) {
+void convertNumpy(PyObject* object, KR::KRValue& out, Walk& walk) {
   const py::handle handle(object);
-  KR::KRValue value;
   if (py::hasattr(handle, "tolist") && py::hasattr(handle, "ndim") &&
       handle.attr("ndim").cast<int>() > 0) {
     const py::object list = handle.attr("tolist")();
-    convert(list.ptr(), value, position);
-    return value;
+    convert(list.ptr(), out, walk);
+    return;
   }
   const py::object item = handle.attr("item")();
   if (PyBool_Check(item.ptr()) || PyLong_Check(item.ptr()) || PyFloat_Check(item.ptr())) {
-    convert(item.ptr(), value, position);
-    return value;
+    convert(item.ptr(), out, walk);
+    return;
   }
-  throwUnsupported(object, position);
+  throwUnsupported(object, walk);
 }
 
-void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& position) {
+void convert(PyObject* object, KR::KRValue& out, Walk& walk) {
   if (object == Py_None) {
     out.clear();
     return;
@@ -113,19 +125,19 @@ void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& positi
   // Lists and tuples first: their test reads a type flag, while a float
   // test of a list walks its type's bases.
   if (PyList_Check(object) || PyTuple_Check(object)) {
-    convertNested(object, out, position);
+    convertNested(object, out, walk);
     return;
   }
   if (PyBool_Check(object)) {
-    out = KR::KRValue(object == Py_True);
+    out = (object == Py_True);
     return;
   }
   if (PyLong_Check(object)) {
-    out = intValue(object, position);
+    out = intValue(object, walk);
     return;
   }
   if (PyFloat_Check(object)) {
-    out = KR::KRValue(static_cast<float>(PyFloat_AS_DOUBLE(object)));
+    out = static_cast<float>(PyFloat_AS_DOUBLE(object));
     return;
   }
   if (PyUnicode_Check(object)) {
@@ -135,13 +147,25 @@ void convert(PyObject* object, KR::KRValue& out, std::vector<Py_ssize_t>& positi
       throw py::error_already_set();
     }
     out = std::string(text, static_cast<std::size_t>(size));
+    walk.bytes += sizeof(std::string) + static_cast<std::size_t>(size);
     return;
   }
   if (isNumpyObject(object)) {
-    out = convertNumpy(object, position);
+    convertNumpy(object, out, walk);
     return;
   }
-  throwUnsupported(object, position);
+  throwUnsupported(object, walk);
+}
+
+/// The value each thread converts its readers' arguments into.
+struct KeptValue {
+  KR::KRValue value;
+  bool inUse = false;
+};
+
+KeptValue& keptValue() {
+  thread_local KeptValue kept;
+  return kept;
 }
 
 py::object fromString(const std::string& text) {
@@ -156,10 +180,37 @@ py::object fromString(const std::string& text) {
 }  // namespace
 
 KR::KRValue toValue(py::handle object) {
-  std::vector<Py_ssize_t> position;
+  Walk walk;
   KR::KRValue value;
-  convert(object.ptr(), value, position);
+  convert(object.ptr(), value, walk);
   return value;
+}
+
+void ValueLease::convert(py::handle object) {
+  KeptValue& kept = keptValue();
+  if (!leased_ && !kept.inUse) {
+    kept.inUse = true;
+    leased_ = true;
+    value_ = &kept.value;
+  }
+  Walk walk;
+  try {
+    krpy::convert(object.ptr(), *value_, walk);
+  } catch (...) {
+    bytes_ = kKeptBytes + 1;  // what a failed conversion left is not kept
+    throw;
+  }
+  bytes_ = walk.bytes;
+}
+
+ValueLease::~ValueLease() {
+  if (!leased_) {
+    return;
+  }
+  if (bytes_ > kKeptBytes) {
+    value_->clear();
+  }
+  keptValue().inUse = false;
 }
 
 py::object fromValue(const KR::KRValue& value) {

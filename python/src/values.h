@@ -27,6 +27,34 @@ namespace py = pybind11;
 /// ("value[2][0]").
 KR::KRValue toValue(py::handle object);
 
+/// Where a reader's argument lives while the call runs: each thread keeps the
+/// value it converted last, and converting into it again reuses its array
+/// blocks wherever the layout repeats, so reading list after list of records
+/// of the same shape allocates nothing. A value that takes more than
+/// kKeptBytes of memory (elements, array blocks and strings, estimated) is
+/// released when the call ends instead of kept. A call made while the
+/// thread's value is in use (a numpy object's conversion calling back into
+/// the module) converts into a value of its own.
+class ValueLease {
+ public:
+  static constexpr std::size_t kKeptBytes = std::size_t(32) << 20;
+
+  ValueLease() = default;
+  ValueLease(const ValueLease&) = delete;
+  ValueLease& operator=(const ValueLease&) = delete;
+  ~ValueLease();
+
+  /// Converts `object` as toValue does, into the leased value.
+  void convert(py::handle object);
+  KR::KRValue& value() noexcept { return *value_; }
+
+ private:
+  KR::KRValue own_;
+  KR::KRValue* value_ = &own_;
+  bool leased_ = false;
+  std::size_t bytes_ = 0;
+};
+
 /// A value as plain Python objects: None, bool, int, float, str and lists.
 py::object fromValue(const KR::KRValue& value);
 
@@ -119,18 +147,27 @@ namespace detail {
 
 /// KR::KRValue arguments and results are plain Python objects (krpy::toValue
 /// and krpy::fromValue); a value that cannot be converted raises at once.
+/// Arguments are converted into the thread's kept value (krpy::ValueLease).
 template <>
 struct type_caster<KR::KRValue> {
-  PYBIND11_TYPE_CASTER(KR::KRValue, const_name("Value"));
+  static constexpr auto name = const_name("Value");
+  template <typename T>
+  using cast_op_type = pybind11::detail::cast_op_type<T>;
 
   bool load(handle source, bool) {
-    value = krpy::toValue(source);
+    lease_.convert(source);
     return true;
   }
 
   static handle cast(const KR::KRValue& source, return_value_policy, handle) {
     return krpy::fromValue(source).release();
   }
+
+  operator KR::KRValue&() { return lease_.value(); }
+  operator KR::KRValue*() { return &lease_.value(); }
+
+ private:
+  krpy::ValueLease lease_;
 };
 
 }  // namespace detail

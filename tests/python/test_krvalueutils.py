@@ -45,6 +45,21 @@ def test_tuples_and_numpy_are_read_as_lists_and_numbers(value: object, text: str
     assert kv.dumps(value) == text
 
 
+def test_each_value_is_read_whole_after_another() -> None:
+    # Arguments are converted into the value the thread kept from its last
+    # call: nothing of an earlier layout may show through, also after a
+    # failed conversion and with two value arguments in one call.
+    values = [[[1.0, 2.0], "x", [3]], [5, [[6.0]], None, 7.5], [[1.0, 2.0]], ["ab", [True]],
+              None, 2.5, [[], [[]], [0.5, 1.5]]]
+    for value in values + values[::-1]:
+        assert kv.loads(kv.dumps(value)) == value
+    with pytest.raises(TypeError):
+        kv.dumps([[1.0, 2.0], [3.0, {}]])
+    assert kv.dumps([[4.0]]) == "[[4.0]]"
+    kv.dumps([[0.5, 0.5, 0.5]] * 1000)
+    assert kv.extract_duration(1, 2, "d") == 1_000_002_000
+
+
 @pytest.mark.parametrize(
     "value, error, words",
     [

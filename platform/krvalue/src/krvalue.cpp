@@ -331,31 +331,6 @@ KRValue& KRValue::operator=(const KRValue& other) {
   return *this;
 }
 
-KRValue& KRValue::operator=(const int& i) noexcept {
-  clear();
-  type_ = TypeInt;
-  payload_.i = i;
-  return *this;
-}
-
-KRValue& KRValue::operator=(const float& f) noexcept {
-  clear();
-  type_ = TypeFloat;
-  payload_.f = f;
-  return *this;
-}
-
-KRValue& KRValue::operator=(const double& d) noexcept {
-  return *this = static_cast<float>(d);
-}
-
-KRValue& KRValue::operator=(const bool& b) noexcept {
-  clear();
-  type_ = TypeBool;
-  payload_.b = b;
-  return *this;
-}
-
 KRValue& KRValue::operator=(const std::string& s) {
   KRValue v(s);
   swap(v);

@@ -95,10 +95,28 @@ class KRVALUE_API KRValue {
     swap(tmp);
     return *this;
   }
-  KRValue& operator=(const int& i) noexcept;
-  KRValue& operator=(const float& f) noexcept;
-  KRValue& operator=(const double& d) noexcept;
-  KRValue& operator=(const bool& b) noexcept;
+  // Scalar assignments are inline and write the value in place, without a
+  // temporary: filling a large array element by element stays cheap. The
+  // argument is read first, so it may be an element of this very array.
+  KRValue& operator=(const int& i) noexcept {
+    const std::int32_t value = i;
+    becomeScalar(TypeInt);
+    payload_.i = value;
+    return *this;
+  }
+  KRValue& operator=(const float& f) noexcept {
+    const float value = f;
+    becomeScalar(TypeFloat);
+    payload_.f = value;
+    return *this;
+  }
+  KRValue& operator=(const double& d) noexcept { return *this = static_cast<float>(d); }
+  KRValue& operator=(const bool& b) noexcept {
+    const bool value = b;
+    becomeScalar(TypeBool);
+    payload_.b = value;
+    return *this;
+  }
   KRValue& operator=(const std::string& s);
   KRValue& operator=(const char* s);
 
@@ -221,6 +239,12 @@ class KRVALUE_API KRValue {
   };
 
   void release() noexcept;
+  void becomeScalar(Type type) noexcept {
+    if (type_ >= TypeString) {
+      release();
+    }
+    type_ = type;
+  }
   void growForPush();
   [[noreturn]] void throwBadIndex(int i) const;
   [[noreturn]] void throwBadKind(const char* expected) const;
