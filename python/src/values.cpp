@@ -179,13 +179,6 @@ py::object fromString(const std::string& text) {
 
 }  // namespace
 
-KR::KRValue toValue(py::handle object) {
-  Walk walk;
-  KR::KRValue value;
-  convert(object.ptr(), value, walk);
-  return value;
-}
-
 void ValueLease::convert(py::handle object) {
   KeptValue& kept = keptValue();
   if (!leased_ && !kept.inUse) {

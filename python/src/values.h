@@ -21,12 +21,6 @@ namespace krpy {
 
 namespace py = pybind11;
 
-/// A plain Python object as a value: None, bool, int, float, str, list or
-/// tuple, numpy numbers and arrays. Anything else raises TypeError, an int
-/// beyond 32 bits OverflowError, both naming the type and the position
-/// ("value[2][0]").
-KR::KRValue toValue(py::handle object);
-
 /// Where a reader's argument lives while the call runs: each thread keeps the
 /// value it converted last, and converting into it again reuses its array
 /// blocks wherever the layout repeats, so reading list after list of records
@@ -44,7 +38,10 @@ class ValueLease {
   ValueLease& operator=(const ValueLease&) = delete;
   ~ValueLease();
 
-  /// Converts `object` as toValue does, into the leased value.
+  /// Converts a plain Python object into the leased value: None, bool, int,
+  /// float, str, list or tuple, numpy numbers and arrays. Anything else
+  /// raises TypeError, an int beyond 32 bits OverflowError, both naming the
+  /// type and the position ("value[2][0]").
   void convert(py::handle object);
   KR::KRValue& value() noexcept { return *value_; }
 
@@ -145,9 +142,9 @@ void bindPaths(py::module_& m);
 namespace pybind11 {
 namespace detail {
 
-/// KR::KRValue arguments and results are plain Python objects (krpy::toValue
-/// and krpy::fromValue); a value that cannot be converted raises at once.
-/// Arguments are converted into the thread's kept value (krpy::ValueLease).
+/// KR::KRValue arguments and results are plain Python objects (converted
+/// into the thread's kept value by krpy::ValueLease, and back by
+/// krpy::fromValue); a value that cannot be converted raises at once.
 template <>
 struct type_caster<KR::KRValue> {
   static constexpr auto name = const_name("Value");
