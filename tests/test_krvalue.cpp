@@ -71,19 +71,6 @@ TEST(KRValuePush, ElementOfTheSameArrayWhileGrowing) {
   }
 }
 
-TEST(KRValueSemantics, CopyIsDeepAndIndependent) {
-  KRValue source = KRValue::array(1, KRValue::array(longText(0), KRValue::array(2.0f)));
-  const KRValue copy = source;
-  source[1][1][0] = 3;
-  source[1][0] = "changed";
-  source.arrayPush(KRValue(4));
-  EXPECT_EQ(copy, KRValue::array(1, KRValue::array(longText(0), KRValue::array(2.0f))));
-
-  KRValue target(longText(1));
-  target = std::move(source);
-  EXPECT_EQ(target, KRValue::array(1, KRValue::array("changed", KRValue::array(3)), 4));
-}
-
 TEST(KRValueSemantics, AssignmentReplacesAnyKind) {
   const KRValue samples[] = {KRValue(), KRValue(3), KRValue(longText(0)),
                              KRValue::array(1, longText(1))};

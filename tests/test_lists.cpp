@@ -15,7 +15,6 @@ using KRTest::Row;
 using namespace KR::ValueUtils;
 using Floats = std::vector<float>;
 using Groups = std::vector<Floats>;
-using Strings = std::vector<std::string>;
 using Bools = std::vector<bool>;
 using Map = std::map<std::string, KRValue>;
 
@@ -25,25 +24,9 @@ const std::string kInvalid = "KRMotion: arg KRValue is invalid.";
 const std::string kEmpty = "KRMotion: arg KRValue is empty.";
 const std::string kNotArray = "KRMotion: arg KRValue is not an array.";
 const std::string kNotFloat = "arg KRValue: Expected a float";
-const std::string kInvalidFloat = kNotFloat + " but found an invalid KRValue";
 
 // Every reader reads into an output holding leftovers, so that clearing (and,
 // after a failure, sizing) shows.
-
-TEST(FloatList, SingleNumberOrArrayOfNumbers) {
-  const auto read = [](const std::string& text, Floats& out) {
-    extractVectorFloatsFromKRValue(parse(text), "arg", out);
-  };
-  expectRows<Floats>(read, {9, 9, 9, 9},
-                     {{"2", kNoThrow, {2}},
-                      {"[1, 2.5, -3]", kNoThrow, {1, 2.5f, -3}},
-                      {"[]", kEmpty, {}},
-                      {"null", kInvalid, {}},
-                      {"true", kNotArray, {}},  // a bool is not a number
-                      // Sized before reading: the entries from the failing one on stay 0.
-                      {"[1, \"a\"]", kNotFloat, {1, 0}},
-                      {"[[1]]", kNotFloat, {0}}});
-}
 
 void expectGroupRows(bool isSingleGroup, const std::vector<Row<Groups>>& rows) {
   SCOPED_TRACE(isSingleGroup ? "single group" : "group per number");
@@ -85,22 +68,6 @@ TEST(FloatGroups, GroupPerNumber) {
                           // holds 0, the later ones are empty.
                           {"[[1, \"a\", 2]]", kNotFloat, {{1}, {0}, {}}},
                           {"[[[1], 2]]", kNotFloat, {{0}, {}}}});
-}
-
-TEST(StringList, SingleStringOrArrayThroughTheStringConversion) {
-  const auto read = [](const std::string& text, Strings& out) {
-    extractVectorStringsFromKRValue(parse(text), "arg", out);
-  };
-  expectRows<Strings>(read, {"old", "old", "old", "old"},
-                      {{"\"a b\"", kNoThrow, {"a b"}},
-                       {"[\"a\", \"\", \"c\"]", kNoThrow, {"a", "", "c"}},
-                       {"[]", kEmpty, {}},
-                       {"3", kNotArray, {}},  // only a string is a list of one
-                       // Kinds are not tested: the value type's own conversion error comes
-                       // through, the list sized and filled up to the element.
-                       {"[\"a\", 3, \"c\"]",
-                        "KRValue: expected a string value but found an int value",
-                        {"a", "", ""}}});
 }
 
 void expectBoolRows(unsigned int count, const std::vector<Row<Bools>>& rows) {

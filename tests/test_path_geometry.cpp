@@ -59,19 +59,6 @@ Pose2DPosVelAcc at(const Pose2D& pose) { return {pose, Pose2D(), Pose2D()}; }
 
 // ---- Paths -----------------------------------------------------------------
 
-TEST(PathGeometry, DegenerateArcsAndLinesHaveNoLength) {
-  const PathFactory factory(1.0f);
-  const Pose2D start(1, 2, 3);
-  for (const auto& builder : {factory.circleBuilder({0, 0}, 1.0f),
-                              factory.circleBuilder({0, 1}, 0.0f), factory.lineBuilder({0, 0})}) {
-    const auto path = own(builder(start));
-    EXPECT_EQ(path->length(), 0.0f);
-    EXPECT_TRUE(path->segments().empty());
-    EXPECT_EQ(path->poseAt(1.0f), start);
-    EXPECT_EQ(path->endPose(), start);
-  }
-}
-
 // A path so long that its float length falls short of the double sum of its
 // segments (found by fuzzing: poseAt(length()) stopped metres before the end
 // on the last, small arc).
@@ -346,28 +333,6 @@ TEST(TrajectoryDuration, AskedOrFastestInWholePeriods) {
     EXPECT_EQ(t->duration().count(), c.expected.count()) << c.end << " " << c.fraction;
     expectAtRest(t->stateAt(toSeconds(t->duration())),
                  {c.end.x, c.end.y, std::atan2(c.end.y, c.end.x)});
-  }
-}
-
-TEST(TrajectoryDuration, ALongerDurationStretchesTheSameProfile) {
-  NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-  factory.addLine({1, 0});
-  factory.addCircle({0, 1}, kPi / 2);
-  const auto fastest = own(factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
-  const double minimum = toSeconds(fastest->duration());
-  const RationalSeconds asked =
-      rationalSecondsFromFloat(static_cast<float>(2.5 * minimum), kPeriod);
-  const auto slow = own(factory.getTrajectoryBuilder(asked)(Pose2DPosVelAcc()));
-  EXPECT_EQ(slow->duration().count(), asked.count());
-  EXPECT_EQ(slow->minimumDuration().count(), fastest->duration().count());
-  const double k = toSeconds(asked) / minimum;
-  for (const double f : {0.1, 0.4, 0.7, 0.95}) {
-    const Pose2DPosVelAcc a = fastest->stateAt(f * minimum);
-    const Pose2DPosVelAcc b = slow->stateAt(f * minimum * k);
-    EXPECT_NEAR(b.position.x, a.position.x, 1e-3) << f;
-    EXPECT_NEAR(b.position.y, a.position.y, 1e-3) << f;
-    EXPECT_NEAR(static_cast<double>(b.velocity.x) * k, a.velocity.x, 1e-3) << f;
-    EXPECT_NEAR(static_cast<double>(b.acceleration.y) * k * k, a.acceleration.y, 1e-3) << f;
   }
 }
 

@@ -125,19 +125,6 @@ TEST(PathDescriptions, AFactoryIsFedPieceByPieceInArrayOrder) {
                 "line Position2D(x=-1, y=0.25) "}));
 }
 
-TEST(PathDescriptions, AFailingPieceOfAComposedPathKeepsTheEarlierPiecesInTheFactory) {
-  const char* const text = R"(["Composed", ["Line", [1, 0]], ["Circle", [0, 1]], ["Line", [2, 0]]])";
-  RecordingFactory factory;
-  EXPECT_EQ(messageOf([&] { extractPath2DIntoTrajectoryFactory(parse(text), "p", factory); }),
-            "pInvalid Path2DArcOfCircle KRValue");
-  EXPECT_EQ(factory.calls, std::vector<std::string>{"line Position2D(x=1, y=0) "});
-
-  Path2DBuilder path = kPreviousPath;
-  EXPECT_EQ(messageOf([&] { extractPath2DBuilderFromKRValue(parse(text), "p", path); }),
-            "pInvalid Path2DArcOfCircle KRValue");
-  EXPECT_NE(path.target<decltype(kPreviousPath)>(), nullptr);
-}
-
 TEST(PathDescriptions, AnEmptyComposedPathIsABuilderButNotAFactoryPath) {
   RecordingFactory factory;
   EXPECT_EQ(messageOf([&] { extractPath2DIntoTrajectoryFactory(parse(R"(["Composed"])"), "p", factory); }),

@@ -174,16 +174,4 @@ TEST(WriteRestRequests, LayoutAndRoundTrips) {
   EXPECT_EQ(written({request({"A"}, {{"A", S}}, {-0.25f, 2})}), R"([[["A"], [-0.25, 2.0]]])");
 }
 
-TEST(WriteRestRequests, NameWithoutModeThrowsOutOfRangeKeepingEarlierItems) {
-  const Requests requests = readBack(R"([[["C"], "Immediate"], [["A", "B"], ["Safe"]]])");
-  KRValue value = parse(R"("old")");
-  try {
-    extractKRValueFromVectorRestRequest(requests, value);
-    ADD_FAILURE() << "no exception";
-  } catch (const std::out_of_range& e) {
-    EXPECT_STREQ(e.what(), "map::at");
-  }
-  EXPECT_EQ(KR::printKRValue(value), R"([[["C"], ["Immediate"]]])");
-}
-
 }  // namespace

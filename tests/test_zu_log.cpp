@@ -75,38 +75,6 @@ TEST(ZuLog, TheConsoleHandlerPrintsLevelLetterCategoryAndText) {
   }
 }
 
-TEST(ZuLog, HandlersRunInSubscriptionOrderUntilUnsubscribed) {
-  std::vector<int> calls;
-  const auto handler = [&](int n) { return [&calls, n](const Record&) { calls.push_back(n); }; };
-  const HandlerId id[] = {subscribe(handler(1)), subscribe(handler(2)), subscribe(handler(3))};
-  log(info, addCategory("test.order"), "m", "", "", 0);
-  unsubscribe(id[1]);
-  unsubscribe(id[1]);
-  unsubscribe(id[2] + 1000);  // unknown ids are ignored
-  const HandlerId four = subscribe(handler(4));
-  EXPECT_NE(four, id[1]);  // ids are never reused, so unsubscribing an old one
-  unsubscribe(id[2]);      // leaves the new handler in place
-  log(info, addCategory("test.order"), "m", "", "", 0);
-  for (HandlerId i : {id[0], four}) unsubscribe(i);
-  EXPECT_EQ(calls, (std::vector<int>{1, 2, 3, 1, 4}));
-}
-
-TEST(ZuLog, LogStreamDeliversWhenDestroyedIfStillAdmitted) {
-  Collector c;
-  const std::string name = freshName("test.stream");
-  CategoryType category = addCategory(name.c_str());
-  {
-    LogStream stream(warning, category, "s.cpp", "clipAndWarn", 9);
-    stream << "value " << 1.5 << " clipped";
-    EXPECT_TRUE(c.got.empty());
-  }
-  {
-    LogStream dropped(warning, category, "", "", 0);
-    setCategoryLevel(category, error);  // the level at destruction decides
-  }
-  EXPECT_EQ(c.got, Lines{"warning " + name + ": value 1.5 clipped @s.cpp:clipAndWarn:9"});
-}
-
 TEST(ZuLog, EveryFieldReachesHandlersPastAThrowingOrEmptyOne) {
   const Scoped thrower([](const Record&) { throw std::runtime_error("handler failed"); });
   const Scoped empty{Handler()};
