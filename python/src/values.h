@@ -31,7 +31,7 @@ namespace py = pybind11;
 /// the module) converts into a value of its own.
 class ValueLease {
  public:
-  static constexpr std::size_t kKeptBytes = std::size_t(32) << 20;
+  static constexpr std::size_t kKeptBytes = std::size_t(16) << 20;
 
   ValueLease() = default;
   ValueLease(const ValueLease&) = delete;
