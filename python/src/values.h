@@ -26,9 +26,9 @@ namespace py = pybind11;
 /// blocks wherever the layout repeats, so reading list after list of records
 /// of the same shape allocates nothing. A value that takes more than
 /// kKeptBytes of memory (elements, array blocks and strings, estimated) is
-/// released when the call ends instead of kept. A call made while the
-/// thread's value is in use (a numpy object's conversion calling back into
-/// the module) converts into a value of its own.
+/// released when the call ends instead of kept. While the thread's value is
+/// in use, another lease (the second value argument of a call, a call made
+/// from a numpy object's conversion) converts into a value of its own.
 class ValueLease {
  public:
   static constexpr std::size_t kKeptBytes = std::size_t(16) << 20;
