@@ -200,6 +200,8 @@ def test_path_and_trajectory_builders() -> None:
     assert path.end_pose == kv.Pose2D(3, 0, 0)
     assert path.pose_at(0.5) == kv.Pose2D(1.5, 0, 0)
     np.testing.assert_allclose(path.sample(3), [[1, 0, 0], [2, 0, 0], [3, 0, 0]])
+    with pytest.raises(ValueError, match="^the number of samples must not be negative$"):
+        path.sample(-1)
 
     builder = kv.extract_trajectory_pose2d_builder_from_krvalue(
         ["Holonomic", ["Line", [1, 0]], 0.5, 4.0], "t", Fraction(1, 100), kv.Limits(1, 1), (1, 1), 1.0
@@ -216,7 +218,7 @@ def test_path_and_trajectory_builders() -> None:
         )
 
 
-def test_feeding_a_factory_keeps_the_pieces_before_a_failure() -> None:
+def test_feeding_either_factory_keeps_the_pieces_before_a_failure() -> None:
     factory = kv.NonHolonomicTrajectoryFactory((1, 1), kv.Limits(1, 1), Fraction(1, 10))
     with pytest.raises(RuntimeError, match="^p Unknown DirectPath2D type$"):
         kv.extract_path2d_into_trajectory_factory(
@@ -225,6 +227,9 @@ def test_feeding_a_factory_keeps_the_pieces_before_a_failure() -> None:
     assert len(factory.pieces) == 1
     trajectory = factory.get_trajectory_builder(Fraction(0))(kv.Pose2D())
     assert trajectory.state_at(float(trajectory.duration)).position == kv.Pose2D(1, 0, 0)
+    omni = kv.HolonomicTrajectoryFactory((1, 1), (1, 1), Fraction(1, 10))
+    kv.extract_direct_path2d_into_trajectory_factory(["Line", [1, 0]], "p", omni)
+    assert len(omni.pieces) == 1
 
 
 def test_threads_read_and_warn_at_once(caplog) -> None:  # type: ignore
