@@ -20,26 +20,29 @@ _Seconds = Union[Fraction, int]
 
 LOGGER_NAME: str
 
-class Position2D:
+class _pybind11_type(type):
+    """The metaclass pybind11 gives every class of the module."""
+
+class Position2D(metaclass=_pybind11_type):
     """A point in the plane: x and y in meters."""
     x: float
     y: float
     def __init__(self, x: float = 0.0, y: float = 0.0) -> None: ...
 
-class Pose2D:
+class Pose2D(metaclass=_pybind11_type):
     """A position and heading in the plane: x, y in meters, theta in radians."""
     x: float
     y: float
     theta: float
     def __init__(self, x: float = 0.0, y: float = 0.0, theta: float = 0.0) -> None: ...
 
-class Pose2DAndTime:
+class Pose2DAndTime(metaclass=_pybind11_type):
     """A pose and the time in seconds at which it holds (-1: no time)."""
     pose: Pose2D
     time: float
     def __init__(self, pose: Pose2D = ..., time: float = 0.0) -> None: ...
 
-class Pose2DPosVelAcc:
+class Pose2DPosVelAcc(metaclass=_pybind11_type):
     """A planar motion state: position, velocity and acceleration."""
     position: Pose2D
     velocity: Pose2D
@@ -48,14 +51,14 @@ class Pose2DPosVelAcc:
         self, position: Pose2D = ..., velocity: Pose2D = ..., acceleration: Pose2D = ...
     ) -> None: ...
 
-class Position3D:
+class Position3D(metaclass=_pybind11_type):
     """A point in space: x, y, z in meters."""
     x: float
     y: float
     z: float
     def __init__(self, x: float = 0.0, y: float = 0.0, z: float = 0.0) -> None: ...
 
-class Position6D:
+class Position6D(metaclass=_pybind11_type):
     """A position (meters) and rotations about x, y, z (radians)."""
     x: float
     y: float
@@ -73,7 +76,7 @@ class Position6D:
         wz: float = 0.0,
     ) -> None: ...
 
-class Transform:
+class Transform(metaclass=_pybind11_type):
     """The upper three rows of a homogeneous matrix; defaults to the identity."""
     r1_c1: float
     r1_c2: float
@@ -105,13 +108,13 @@ class Transform:
     def is_transform(self, tolerance: float) -> bool:
         """True when the rotation is orthonormal within `tolerance`."""
 
-class Parameter:
+class Parameter(metaclass=_pybind11_type):
     """One side of a key: interpolation type (0..3) and Bezier handle offset."""
     type: int
     offset: Position2D
     def __init__(self, type: int = 3, offset: Position2D = ...) -> None: ...
 
-class Key:
+class Key(metaclass=_pybind11_type):
     """A Bezier interpolation key: value and its two sides."""
     value: float
     first_param: Parameter
@@ -120,7 +123,7 @@ class Key:
         self, value: float = 0.0, first_param: Parameter = ..., second_param: Parameter = ...
     ) -> None: ...
 
-class MetricalData:
+class MetricalData(metaclass=_pybind11_type):
     """A measurement between two labelled frames; duration in nanoseconds."""
     label1: str
     label2: str
@@ -136,7 +139,7 @@ class MetricalData:
         duration: int = 0,
     ) -> None: ...
 
-class SupportSequence:
+class SupportSequence(metaclass=_pybind11_type):
     """A named list of floats with one bool flag each."""
     name: str
     values: list[float]
@@ -145,11 +148,12 @@ class SupportSequence:
         self, name: str = "", values: Sequence[float] = ..., flags: Sequence[bool] = ...
     ) -> None: ...
 
-class RestReflexMode:
+class RestReflexMode(metaclass=_pybind11_type):
     """How a part goes to rest."""
     SAFE: RestReflexMode
     IMMEDIATE: RestReflexMode
     CUSTOM: RestReflexMode
+    __members__: dict[str, RestReflexMode]
     @property
     def name(self) -> str: ...
     @property
@@ -158,7 +162,7 @@ class RestReflexMode:
     def __int__(self) -> int: ...
     def __index__(self) -> int: ...
 
-class RestRequest:
+class RestRequest(metaclass=_pybind11_type):
     """Which named parts to put at rest, and how."""
     reflex_modes: dict[str, RestReflexMode]
     names: list[str]
@@ -170,19 +174,19 @@ class RestRequest:
         angles: Sequence[float] = ...,
     ) -> None: ...
 
-class TemperatureStatus:
+class TemperatureStatus(metaclass=_pybind11_type):
     """A temperature level and the names of the parts concerned."""
     level: int
     names: set[str]
     def __init__(self, level: int = 0, names: set[str] = ...) -> None: ...
 
-class Limits:
+class Limits(metaclass=_pybind11_type):
     """Largest speed and acceleration allowed (magnitudes)."""
     max_velocity: float
     max_acceleration: float
     def __init__(self, max_velocity: float, max_acceleration: float) -> None: ...
 
-class Path:
+class Path(metaclass=_pybind11_type):
     """A planar path built at a start pose, measured by arc length."""
     @property
     def length(self) -> float: ...
@@ -195,7 +199,7 @@ class Path:
     def sample(self, n: int) -> _FloatArray:
         """`n` poses evenly spaced from start to end, shape (n, 3)."""
 
-class Trajectory:
+class Trajectory(metaclass=_pybind11_type):
     """A timed planar motion from rest to rest."""
     @property
     def duration(self) -> Fraction: ...
@@ -204,18 +208,18 @@ class Trajectory:
     def sample(self, times: Union[Sequence[float], numpy.typing.NDArray[numpy.floating[Any]]]) -> _FloatArray:
         """The states at `times`, shape (N, 9)."""
 
-class PathBuilder:
+class PathBuilder(metaclass=_pybind11_type):
     """Makes a Path when called with a start pose."""
     def __call__(self, start: Pose2D) -> Path: ...
 
-class TrajectoryBuilder:
+class TrajectoryBuilder(metaclass=_pybind11_type):
     """Makes a Trajectory when called with a start state or pose."""
     @overload
     def __call__(self, start: Pose2DPosVelAcc) -> Trajectory: ...
     @overload
     def __call__(self, start: Pose2D) -> Trajectory: ...
 
-class _TrajectoryFactory:
+class _TrajectoryFactory(metaclass=_pybind11_type):
     def __init__(
         self,
         first_limits: _LimitsLike,
