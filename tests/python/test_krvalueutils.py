@@ -1,12 +1,15 @@
 """Tests of the Python package krvalueutils: values both ways, exact messages,
 numpy shapes, logging, paths and trajectories, threads and the example."""
 
+import ast
 import logging
 import os
+import re
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
 from fractions import Fraction
+from pathlib import Path
 
 import numpy as np
 import pytest
@@ -259,3 +262,33 @@ def test_example_script_runs() -> None:
     assert result.returncode == 0, result.stderr
     assert "rejected: KRMotion: target Pose2D is not valid. It has to be [x, y, theta]." in result.stdout
     assert "WARNING KRValueUtils.clipAndWarn: KRMotion speed" in result.stderr
+
+
+def test_stub_parameter_names_are_the_modules_keywords() -> None:
+    # stubtest sees every name but not the parameters of pybind11 functions;
+    # their names, which callers pass as keywords, are in the signatures that
+    # pybind11 writes at the top of each docstring (one per overload).
+    stubs = ast.parse(Path(kv.__file__).with_name("__init__.pyi").read_text())
+    checked = []
+
+    def check(body: list[ast.stmt], owner: object) -> None:
+        for node in body:
+            if isinstance(node, ast.ClassDef):  # a class of the stubs only: its subclasses
+                subclasses = [c.name for c in stubs.body if isinstance(c, ast.ClassDef)
+                              and any(getattr(b, "id", "") == node.name for b in c.bases)]
+                for name in [node.name] if hasattr(owner, node.name) else subclasses:
+                    check(node.body, getattr(owner, name))
+            elif isinstance(node, ast.FunctionDef) and (
+                node.name == "__init__" or not node.name.startswith("_")
+            ):
+                if any(getattr(d, "id", "") == "property" for d in node.decorator_list):
+                    continue
+                doc = getattr(owner, node.name).__doc__
+                signatures = re.findall(r"^(?:\d+\. )?%s\((.*)\) ->" % node.name, doc, re.M)
+                runtime = {tuple(re.findall(r"(?:^|, )(\w+): ", s)) for s in signatures}
+                stub = tuple(a.arg for a in node.args.args)
+                assert stub in runtime, (owner, stub, runtime)
+                checked.append(node.name)
+
+    check(stubs.body, kv)
+    assert len(checked) > 80
