@@ -48,6 +48,11 @@ def test_tuples_and_numpy_are_read_as_lists_and_numbers(value: object, text: str
     assert kv.dumps(value) == text
 
 
+def test_a_value_deeper_than_the_recursion_limit_raises_recursion_error() -> None:
+    with pytest.raises(RecursionError, match="while converting a KRValue$"):
+        kv.loads("[" * 100_000 + "]" * 100_000)
+
+
 def test_each_value_is_read_whole_after_another() -> None:
     # Arguments are converted into the value the thread kept from its last
     # call: nothing of an earlier layout may show through, also after a
@@ -72,6 +77,7 @@ def test_each_value_is_read_whole_after_another() -> None:
         ([0, [2**31]], OverflowError, ["2147483648", "value[1][0]"]),
         ([-(2**31) - 1], OverflowError, ["-2147483649", "value[0]"]),
         ([[2**70]], OverflowError, ["value[0][0]"]),
+        ([np.complex64(1)], TypeError, ["numpy.complex64", "value[0]"]),
     ],
 )
 def test_unconvertible_values_name_type_and_position(
@@ -136,7 +142,7 @@ def test_writers_take_arrays_or_records_and_write_floats() -> None:
     assert all(type(x) is float for pair in written for x in pair)  # type: ignore
     assert kv.extract_krvalue_from_vector_position2d([]) is None
     assert kv.create_krvalue_from_vector_position3d([]) == []
-    with pytest.raises(TypeError, match=r"\(N, 2\)"):
+    with pytest.raises(TypeError, match=r"or a float array of shape \(N, 2\), got numpy.ndarray$"):
         kv.extract_krvalue_from_vector_position2d(np.zeros((2, 3)))
     state = kv.Pose2DPosVelAcc(position=kv.Pose2D(1, 2, 3))
     assert kv.extract_krvalue_from_vector_pose2d_pos_vel_acc(np.arange(9).reshape(1, 9)) == [
@@ -154,6 +160,8 @@ def test_writers_take_arrays_or_records_and_write_floats() -> None:
         (kv.SupportSequence("s", [1.5], [True]), kv.SupportSequence(name="s", values=[1.5], flags=[True]),
          kv.SupportSequence("s", [1.5], [False]),
          "SupportSequence(name='s', values=[1.5], flags=[True])"),
+        (kv.Parameter(1, kv.Position2D(0.5, 1)), kv.Parameter(type=1, offset=kv.Position2D(0.5, 1)),
+         kv.Parameter(2, kv.Position2D(0.5, 1)), "Parameter(type=1, offset=Position2D(x=0.5, y=1))"),
     ],
 )
 def test_records_have_keywords_equality_and_repr(record, same, other, text: str) -> None:  # type: ignore
@@ -221,7 +229,7 @@ def test_path_and_trajectory_builders() -> None:
         )
 
 
-def test_feeding_either_factory_keeps_the_pieces_before_a_failure() -> None:
+def test_factories_of_either_kind_take_limit_tuples_and_keep_pieces_before_a_failure() -> None:
     factory = kv.NonHolonomicTrajectoryFactory((1, 1), kv.Limits(1, 1), Fraction(1, 10))
     with pytest.raises(RuntimeError, match="^p Unknown DirectPath2D type$"):
         kv.extract_path2d_into_trajectory_factory(
@@ -230,9 +238,15 @@ def test_feeding_either_factory_keeps_the_pieces_before_a_failure() -> None:
     assert len(factory.pieces) == 1
     trajectory = factory.get_trajectory_builder(Fraction(0))(kv.Pose2D())
     assert trajectory.state_at(float(trajectory.duration)).position == kv.Pose2D(1, 0, 0)
-    omni = kv.HolonomicTrajectoryFactory((1, 1), (1, 1), Fraction(1, 10))
+    omni = kv.HolonomicTrajectoryFactory((1, 4), (1, 1), Fraction(1, 100))  # (velocity, acceleration)
     kv.extract_direct_path2d_into_trajectory_factory(["Line", [1, 0]], "p", omni)
-    assert len(omni.pieces) == 1
+    assert omni.get_trajectory_builder(0.0, Fraction(0))(kv.Pose2D()).duration == Fraction(5, 4)
+    expected = "^expected a HolonomicTrajectoryFactory or a NonHolonomicTrajectoryFactory, got int$"
+    with pytest.raises(TypeError, match=expected):
+        kv.extract_path2d_into_trajectory_factory(["Line", [1, 0]], "p", 3)
+    expected = r"^limits are Limits\(max_velocity, max_acceleration\) or a \(velocity, acceleration\) tuple"
+    with pytest.raises(TypeError, match=expected + ", got list$"):
+        kv.HolonomicTrajectoryFactory([1, 2], (1, 1), Fraction(1, 10))
 
 
 def test_threads_read_and_warn_at_once(caplog) -> None:  # type: ignore
