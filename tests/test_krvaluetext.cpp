@@ -69,12 +69,6 @@ TEST(ParseKRValue, StringEscapes) {
   EXPECT_EQ(v, KRValue(expected));
 }
 
-TEST(ParseKRValue, NestedArraysOfMixedKinds) {
-  EXPECT_EQ(parseKRValue(R"([1, 2.5, "x", true, null, [], [[3], [null, false]]])"),
-            KRValue::array(1, 2.5f, "x", true, KRValue(), KRValue::array(),
-                           KRValue::array(KRValue::array(3), KRValue::array(KRValue(), false))));
-}
-
 TEST(ParseKRValueErrors, IntegersOutsideThirtyTwoBits) {
   expectError({{"2147483648", 0},
                {"-2147483649", 0},
