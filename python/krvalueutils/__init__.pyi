@@ -14,7 +14,10 @@ _ValueLike = Union[
     None, bool, int, float, str, Sequence["_ValueLike"], numpy.generic, numpy.typing.NDArray[numpy.generic]
 ]
 _FloatArray = numpy.typing.NDArray[numpy.float32]
-_Numbers = Union[_FloatArray, Sequence[Sequence[float]]]
+# Writers take any real array of the right shape and convert it to float32.
+_Numbers = Union[
+    numpy.typing.NDArray[Union[numpy.floating[Any], numpy.integer[Any]]], Sequence[Sequence[float]]
+]
 _LimitsLike = Union["Limits", tuple[float, float]]
 _Seconds = Union[Fraction, int]
 
