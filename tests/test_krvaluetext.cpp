@@ -20,11 +20,14 @@ std::string parseError(const std::string& text) {
   return messageOf([&] { parseKRValue(text); });
 }
 
-// Each text fails with "KRValue text: <problem> at offset <N>", then ": " or nothing.
+// Each text, all on one line, fails with "KRValue text: <problem> at line 1,
+// column <N + 1> (offset <N>)", then ": " or nothing.
 void expectError(const std::vector<std::pair<std::string, std::size_t>>& cases,
                  const std::string& problem) {
   for (const auto& [text, offset] : cases) {
-    const std::string want = "KRValue text: " + problem + " at offset " + std::to_string(offset);
+    const std::string want = "KRValue text: " + problem + " at line 1, column " +
+                             std::to_string(offset + 1) + " (offset " + std::to_string(offset) +
+                             ")";
     const std::string message = parseError(text);
     EXPECT_TRUE(message == want || message.rfind(want + ": ", 0) == 0)
         << "text " << text.substr(0, 40) << "\nthrew " << message;
@@ -53,6 +56,9 @@ TEST(ParseKRValue, ScalarsKeepTheirKindAndSign) {
       // Just above the midpoint between 1 and the next float. Rounding to
       // double first lands on the midpoint, and ties-to-even then gives 1.
       {"1.00000005960464477539062500001", KRValue(std::nextafter(1.0f, 2.0f))},
+      // The three words of the non-finite floats, as printed.
+      {"Infinity", KRValue(std::numeric_limits<float>::infinity())},
+      {" -Infinity ", KRValue(-std::numeric_limits<float>::infinity())},
   };
   for (const auto& [text, expected] : cases) {
     const KRValue v = parseKRValue(text);
@@ -61,6 +67,15 @@ TEST(ParseKRValue, ScalarsKeepTheirKindAndSign) {
       EXPECT_EQ(std::signbit(float(v)), std::signbit(float(expected))) << text;
     }
   }
+}
+
+TEST(ParseKRValue, NaNIsAFloatWhereverAValueStands) {
+  const KRValue v = parseKRValue("[NaN, [NaN], \"NaN\", Infinity]");
+  ASSERT_EQ(v.getSize(), 4u);
+  EXPECT_TRUE(v[0].isFloat() && std::isnan(float(v[0])));
+  EXPECT_TRUE(v[1][0].isFloat() && std::isnan(float(v[1][0])));
+  EXPECT_EQ(v[2], KRValue("NaN"));  // in quotes, a string
+  EXPECT_EQ(v[3], KRValue(std::numeric_limits<float>::infinity()));
 }
 
 TEST(ParseKRValue, StringEscapes) {
@@ -80,11 +95,12 @@ TEST(ParseKRValueErrors, IntegersOutsideThirtyTwoBits) {
                {"  -2147483649", 2}},             // ...and at the end of the text
               "integer out of range");
   EXPECT_EQ(parseError("[1, 2147483648]"),
-            "KRValue text: integer out of range at offset 4: "
+            "KRValue text: integer out of range at line 1, column 5 (offset 4): "
             "2147483648 is outside [-2147483648, 2147483647]");
   // A number of any length is quoted only in part.
   EXPECT_EQ(parseError("1" + std::string(400, '0')),
-            "KRValue text: integer out of range at offset 0: " + ("1" + std::string(31, '0')) +
+            "KRValue text: integer out of range at line 1, column 1 (offset 0): " +
+                ("1" + std::string(31, '0')) +
                 "... (401 bytes) is outside [-2147483648, 2147483647]");
 }
 
@@ -93,9 +109,12 @@ TEST(ParseKRValueErrors, FloatsBeyondTheLargestFloat) {
                {"-1e39", 0},
                {"1e400", 0},  // beyond double too
                {"[0.5, 3.5e38]", 6},
-               {"[-1e400,1]", 1}},
+               {"[-1e400,1]", 1},
+               {"[" + std::string(100000, '9') + ".5]", 1},
+               {"0.5e39", 0},
+               {"0.0000034028236e44", 0}},
               "float out of range");
-  const std::string quoted = "KRValue text: float out of range at offset 0: -1e39 ";
+  const std::string quoted = "KRValue text: float out of range at line 1, column 1 (offset 0): -1e39 ";
   EXPECT_EQ(parseError("-1e39").rfind(quoted, 0), 0u) << parseError("-1e39");
 }
 
@@ -103,11 +122,12 @@ TEST(ParseKRValueErrors, ObjectsAtTheOffsetOfTheirBrace) {
   expectError({{"{}", 0}, {"  {", 2}, {"[1, {\"a\": 1}]", 4},
                {"[" + std::string(1000, '[') + "{", 1001}},
               "objects are not supported");
-  EXPECT_EQ(parseError("[1, {}]"), "KRValue text: objects are not supported at offset 4");
+  EXPECT_EQ(parseError("[1, {}]"),
+            "KRValue text: objects are not supported at line 1, column 5 (offset 4)");
 }
 
 TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
-  expectError({{"", 0}, {" \n\t\r", 4}}, "no value");
+  expectError({{"", 0}, {"  \t\r", 4}}, "no value");
   expectError({{"[1, 2", 5},  // ended too early: the length of the text
                {"tru", 3},
                {"[1, 2,]", 6},
@@ -115,8 +135,12 @@ TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
                {std::string("1\0junk", 6), 1},
                {std::string("[1]\0", 4), 3},
                {std::string("[1,\0]", 5), 3},
-               {"NaN", 0},
-               {"-Infinity", 1},
+               {"nan", 1},  // the words are spelt exactly as printed
+               {"-NaN", 1},
+               {"+Infinity", 0},
+               {"Inf", 3},
+               {"-Infinit", 8},
+               {"[NaN1]", 4},
                {"// note\n1", 0},  // no comments
                {"01", 1},
                {"\"a\tb\"", 2},  // raw control character in a string
@@ -126,17 +150,65 @@ TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
   // The detail says what was found and what was expected; "last read" runs
   // from the last number or string token to the offending byte.
   const std::pair<std::string, const char*> details[] = {
-      {"[1, 2,]", "syntax error at offset 6: unexpected ']'; expected '[', '{', or a literal"},
-      {"[1 2]", "syntax error at offset 3: unexpected number literal; expected ']'"},
+      {"[1, 2,]", "syntax error at line 1, column 7 (offset 6): unexpected ']'; "
+                  "expected '[', '{', or a literal"},
+      {"[1 2]", "syntax error at line 1, column 4 (offset 3): unexpected number literal; "
+                "expected ']'"},
+      {"[1 NaN]", "syntax error at line 1, column 6 (offset 5): unexpected number literal; "
+                  "expected ']'"},
       {std::string("1\0junk", 6),
-       "syntax error at offset 1: invalid literal; last read: '1<U+0000>'; expected end of input"},
-      {"[\"a\", tru]", "syntax error at offset 9: invalid literal; last read: '\"a\", tru]'"},
-      {"\"\\ud800x\"", "syntax error at offset 7: invalid string: surrogate U+D800..U+DBFF "
-                       "must be followed by U+DC00..U+DFFF; last read: '\"\\ud800x'"},
+       "syntax error at line 1, column 2 (offset 1): invalid literal; last read: '1<U+0000>'; "
+       "expected end of input"},
+      {"[\"a\", tru]", "syntax error at line 1, column 10 (offset 9): invalid literal; "
+                      "last read: '\"a\", tru]'"},
+      {"\"\\ud800x\"", "syntax error at line 1, column 8 (offset 7): invalid string: surrogate "
+                       "U+D800..U+DBFF must be followed by U+DC00..U+DFFF; last read: '\"\\ud800x'"},
+      // A byte that is not UTF-8 is quoted by its value, so the message is UTF-8.
+      {"[\"\xC3\xA9\xFF\"]", "syntax error at line 1, column 4 (offset 4): invalid string: "
+                           "ill-formed UTF-8 byte; last read: '\"\xC3\xA9<0xFF>'"},
   };
   for (const auto& [text, detail] : details) {
     EXPECT_EQ(parseError(text), std::string("KRValue text: ") + detail);
   }
+}
+
+// Lines end at '\n' (a "\r\n" too); columns count characters, not bytes.
+TEST(ParseKRValueErrors, LineAndColumnOfTheReportedByte) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"[1,\n 2,\n  x]", "line 3, column 3 (offset 10)"},
+      {"[1,\r\n\r\n\t}", "line 3, column 2 (offset 8)"},
+      {"[\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\", x]", "line 1, column 9 (offset 14)"},
+      {"[1,\n", "line 2, column 1 (offset 4)"},  // the end of the text
+      {"\n\n  ", "line 3, column 3 (offset 4)"},
+  };
+  for (const auto& [text, where] : cases) {
+    const std::string message = parseError(text);
+    EXPECT_NE(message.find(std::string(" at ") + where), std::string::npos) << where << "\n" << message;
+  }
+}
+
+// However long the input, what a message quotes of it is short: the end of
+// a long token, after "...", cut on a character boundary.
+TEST(ParseKRValueErrors, QuotesAreCutToTheirLastBytes) {
+  EXPECT_EQ(parseError("\"" + std::string(100000, 'x')),
+            "KRValue text: syntax error at line 1, column 100002 (offset 100001): invalid "
+            "string: missing closing quote; last read: '..." +
+                std::string(40, 'x') + "'");
+  // 'é' is two bytes: a cut between them moves on to the next character.
+  const std::string prefix = "KRValue text: syntax error at line 1, column ";
+  const std::string problem = "invalid string: missing closing quote; last read: '...";
+  EXPECT_EQ(parseError("\"" + std::string(1000, 'x') + "\xC3\xA9" + std::string(38, 'y')),
+            prefix + "1041 (offset 1041): " + problem + "\xC3\xA9" + std::string(38, 'y') + "'");
+  EXPECT_EQ(parseError("\"" + std::string(1000, 'x') + "\xC3\xA9" + std::string(39, 'y')),
+            prefix + "1042 (offset 1042): " + problem + std::string(39, 'y') + "'");
+  // Escapes count with their length: 40 characters of quote at most.
+  EXPECT_EQ(parseError("\"" + std::string(40, 'x') + std::string(1, '\x01')),
+            prefix + "42 (offset 41): invalid string: control character U+0001 (SOH) must be "
+                     "escaped to \\u0001; last read: '..." +
+                std::string(32, 'x') + "<U+0001>'");
+  EXPECT_EQ(parseError(std::string(5, '\x01')),
+            "KRValue text: syntax error at line 1, column 1 (offset 0): invalid literal; "
+            "last read: '<U+0001>'");
 }
 
 TEST(PrintKRValue, ScalarsAndTheStreamOperator) {

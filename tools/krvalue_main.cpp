@@ -30,6 +30,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <chrono>
 #include <cstring>
 #include <functional>
@@ -102,17 +103,22 @@ void printList(Output& out) {
       << "  trajectory  a trajectory description; prints its duration and states\n";
 }
 
-/// Writes out what is left; a failed write is reported and makes the status 3.
+/// Writes out what is left; a failed write makes the status 3. It is
+/// reported, unless the reader of the output has gone (`krvalue ... | head`):
+/// then the tool ends quietly, as coreutils do, but with status 3.
 /// (The path commands' factory calls go through std::cout, checked as well.)
 int finish(Output& out, int status) {
   const bool written = out.flush();
   std::cout.flush();
-  if (!written || !std::cout) {
-    std::cerr << "krvalue: cannot write the output: "
-              << std::strerror(written ? EIO : out.error()) << "\n";
-    return kToolFailure;
+  if (written && std::cout) {
+    return status;
   }
-  return status;
+  const int error = written ? errno : out.error();
+  if (error != EPIPE) {
+    std::cerr << "krvalue: cannot write the output: " << std::strerror(written ? EIO : error)
+              << "\n";
+  }
+  return kToolFailure;
 }
 
 /// Runs a command that prints to `out`. Returns the exit status; `message`
@@ -260,6 +266,9 @@ void addTrajectoryOptions(CLI::App* command, PathOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A closed output pipe is a failed write (EPIPE), handled by finish(),
+  // not a signal that kills the tool.
+  std::signal(SIGPIPE, SIG_IGN);
   zu::log::subscribe(zu::log::consoleHandler);
 
   CLI::App app{"Reads and writes KR::KRValue arguments with libkrvalueutils"};

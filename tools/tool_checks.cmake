@@ -47,7 +47,7 @@ kr_tool_check(krvalue_trailing_bytes_are_unusable_input
   ARGUMENTS read floats "[1, 2, 3] x"
   STATUS 2
   OUTPUT "^$"
-  ERRORS "^krvalue: KRValue text: syntax error at offset 10: invalid literal; last read: '3\\] x'; expected end of input\n$")
+  ERRORS "^krvalue: KRValue text: syntax error at line 1, column 11 \\(offset 10\\): invalid literal; last read: '3\\] x'; expected end of input\n$")
 kr_tool_check(krvalue_write_failure
   ARGUMENTS read float 1
   OUTPUT_FILE /dev/full
@@ -79,8 +79,17 @@ kr_tool_check(krvalue_lines
   ARGUMENTS read pose2d --lines
   INPUT "[1, 2, 3]\n[1, 2]\n[1, 2, 3] x\n"
   STATUS 2
-  OUTPUT "^\\[1\\.0, 2\\.0, 3\\.0\\]\n{\"error\": \"KRMotion: value Pose2D is not valid\\. It has to be \\[x, y, theta\\]\\.\", \"status\": 1}\n{\"error\": \"KRValue text: syntax error at offset 10: invalid literal; last read: '3\\] x'; expected end of input\", \"status\": 2}\n$"
+  OUTPUT "^\\[1\\.0, 2\\.0, 3\\.0\\]\n{\"error\": \"KRMotion: value Pose2D is not valid\\. It has to be \\[x, y, theta\\]\\.\", \"status\": 1}\n{\"error\": \"KRValue text: syntax error at line 1, column 11 \\(offset 10\\): invalid literal; last read: '3\\] x'; expected end of input\", \"status\": 2}\n$"
   ERRORS "^$")
+
+# A reader of the output that goes away: status 3 at once, no message.
+# 100,000 lines of output fill the pipe long after `head` has read its line.
+add_test(NAME krvalue_closed_pipe_ends_quietly
+  COMMAND bash -c [=[
+    yes '[1, 2, 3]' | head -n 100000 | "$0" read pose2d --lines 2>"$1" | head -n 1 >/dev/null
+    status=${PIPESTATUS[2]}
+    [ "$status" = 3 ] && [ ! -s "$1" ] || { echo "status $status, stderr:"; cat "$1"; exit 1; }
+  ]=] $<TARGET_FILE:krvalueutils_tool> ${CMAKE_CURRENT_BINARY_DIR}/closed_pipe.stderr)
 
 # Paths and trajectories.
 kr_tool_check(krvalue_path_length

@@ -102,7 +102,7 @@ MESSAGES = [
      "tInvalid HolonomicTrajectoryPose2D KRValue"),
     (kv.rest_reflex_mode_to_string, (7,), "Unknown REST_REFLEX_MODE: 7"),
     (kv.string_to_rest_reflex_mode, ("safe",), "Cannot convert safe to REST_REFLEX_MODE."),
-    (kv.loads, ("",), "KRValue text: no value at offset 0: the text is empty or only whitespace"),
+    (kv.loads, ("",), "KRValue text: no value at line 1, column 1 (offset 0): the text is empty or only whitespace"),
 ]
 
 

@@ -1,23 +1,27 @@
-// parseKRValue: two passes over the text (counting, then reading), neither
-// of them recursive.
+// parseKRValue: three passes over the text, none of them recursive.
+//   1. check: the whole grammar and every number's range, allocating nothing,
+//      so that malformed text of any size fails at its first bad byte
+//      without costing memory;
+//   2. count: the elements of every array, in the order the arrays open;
+//   3. build: the tree, each array made at its final size in its final place.
+// Checking and building are one scanner (Reader), instantiated for each.
 //
-// The reader follows the JSON grammar of RFC 8259 and reports problems in the
-// words and at the byte offsets that the text form has always used: the
-// detail of a syntax error names what was found ("unexpected ']'", "invalid
-// literal; last read: '...'") and what was expected, and "last read" quotes
-// the text from the start of the last string or number token (or of the
-// text) up to the offending byte.
+// The reader follows the JSON grammar of RFC 8259, plus the words NaN,
+// Infinity and -Infinity. The detail of a syntax error names what was found
+// ("unexpected ']'", "invalid literal; last read: '...'") and what was
+// expected, and "last read" quotes the text from the start of the last string
+// or number token (or of the text) up to the offending byte, cut to its last
+// kQuotedBytes bytes.
 #include <kr/krvaluetext.h>
 
 #include "utf8.h"
 
-#include <array>
 #include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
+#include <cstring>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -31,11 +35,48 @@ namespace {
 // ---------------------------------------------------------------------------
 // Errors: messages are built only here, on the failure path.
 
-[[noreturn]] void fail(const char* problem, std::size_t offset, const std::string& detail) {
+// 1-based line and column of the byte at `offset`. Lines end at '\n' (so
+// also at "\r\n"); the column counts characters: a well-formed UTF-8
+// sequence is one, as is any other byte.
+struct LineColumn {
+  std::size_t line = 1;
+  std::size_t column = 1;
+};
+
+LineColumn lineColumnOf(const char* begin, std::size_t offset) {
+  LineColumn at;
+  const char* const target = begin + offset;
+  for (const char* p = begin; p < target;) {
+    const unsigned char c = static_cast<unsigned char>(*p);
+    ++at.column;
+    if (c == '\n') {
+      ++at.line;
+      at.column = 1;
+    }
+    std::size_t length = 1;
+    if (c >= 0x80) {
+      const char* bad = nullptr;
+      length = text::utf8SequenceLength(p, target, bad);
+      length = length == 0 ? 1 : length;
+    }
+    p += length;
+  }
+  return at;
+}
+
+// "KRValue text: <problem> at line L, column C (offset N)[: <detail>]".
+[[noreturn]] void fail(const char* problem, const char* text, std::size_t offset,
+                       const std::string& detail) {
+  const LineColumn at = lineColumnOf(text, offset);
   std::string message = "KRValue text: ";
   message += problem;
-  message += " at offset ";
+  message += " at line ";
+  message += std::to_string(at.line);
+  message += ", column ";
+  message += std::to_string(at.column);
+  message += " (offset ";
   message += std::to_string(offset);
+  message += ')';
   if (!detail.empty()) {
     message += ": ";
     message += detail;
@@ -54,20 +95,64 @@ std::string quoteNumber(const char* first, const char* last) {
   return std::string(first, kShown) + "... (" + std::to_string(length) + " bytes)";
 }
 
-// Bytes quoted after "last read", with control characters as <U+00XX>.
+// What "last read" quotes of the input is at most this long, so that no
+// message grows with the input.
+constexpr std::size_t kQuotedLength = 40;
+
+// The quoted form of the character or byte at p: control characters as
+// <U+00XX>, bytes that are not well-formed UTF-8 as <0xXX>, so that the
+// message is printable, valid UTF-8. Returns the bytes it stands for.
+std::size_t appendQuoted(std::string& out, const char* p, const char* last) {
+  const unsigned char c = static_cast<unsigned char>(*p);
+  char code[9];
+  if (c <= 0x1F) {
+    std::snprintf(code, sizeof code, "<U+%.4X>", c);
+    out += code;
+    return 1;
+  }
+  if (c < 0x80) {
+    out += *p;
+    return 1;
+  }
+  const char* bad = nullptr;
+  const std::size_t length = text::utf8SequenceLength(p, last, bad);
+  if (length == 0) {
+    std::snprintf(code, sizeof code, "<0x%.2X>", c);
+    out += code;
+    return 1;
+  }
+  out.append(p, length);
+  return length;
+}
+
+// The bytes quoted after "last read": all of them when their quoted form
+// fits kQuotedLength, else "..." and the longest tail, whole characters and
+// escapes, that does.
 std::string quoteRead(const char* first, const char* last) {
-  std::string quoted;
-  for (const char* p = first; p != last; ++p) {
-    const unsigned char c = static_cast<unsigned char>(*p);
-    if (c <= 0x1F) {
-      char code[9];
-      std::snprintf(code, sizeof code, "<U+%.4X>", c);
-      quoted += code;
-    } else {
-      quoted += *p;
+  bool cut = false;
+  if (static_cast<std::size_t>(last - first) > kQuotedLength) {
+    cut = true;
+    first = last - kQuotedLength;
+    while (first != last && (static_cast<unsigned char>(*first) & 0xC0) == 0x80) {
+      ++first;  // a character boundary, unless the bytes are not UTF-8 anyway
     }
   }
-  return quoted;
+  // Each byte or character quoted, and where its quoted form starts.
+  std::string quoted;
+  std::size_t starts[kQuotedLength];
+  std::size_t pieces = 0;
+  for (const char* p = first; p != last; ++pieces) {
+    starts[pieces] = quoted.size();
+    p += appendQuoted(quoted, p, last);
+  }
+  std::size_t piece = 0;
+  while (piece < pieces && quoted.size() - starts[piece] > kQuotedLength) {
+    ++piece;
+  }
+  if (!cut && piece == 0) {
+    return quoted;
+  }
+  return "..." + quoted.substr(piece < pieces ? starts[piece] : quoted.size());
 }
 
 // The problem with a raw control character inside a string.
@@ -134,6 +219,24 @@ int hexValue(char c) {
   return -1;
 }
 
+// How many of the eight bytes at `p` are ASCII digits before the first that
+// is not. A byte is a digit when its high nibble is 3 and stays 3 with 6
+// added; a carry out of a byte only disturbs the bytes after it, which do
+// not count once it is not a digit.
+std::size_t leadingDigits(const char* p) {
+  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first byte must be the lowest");
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, p, sizeof bytes);
+  constexpr std::uint64_t kHigh = 0xF0F0F0F0F0F0F0F0u;
+  constexpr std::uint64_t kSix = 0x0606060606060606u;
+  constexpr std::uint64_t kThrees = 0x3333333333333333u;
+  const std::uint64_t notDigit = ((bytes & kHigh) | (((bytes + kSix) & kHigh) >> 4)) ^ kThrees;
+  if (notDigit == 0) {
+    return 8;
+  }
+  return static_cast<std::size_t>(__builtin_ctzll(notDigit)) / 8;
+}
+
 void appendUtf8(std::string& out, std::uint32_t codePoint) {
   if (codePoint < 0x80) {
     out += static_cast<char>(codePoint);
@@ -158,6 +261,7 @@ enum class Token {
   False,
   String,
   Number,
+  NonFinite,  // NaN, Infinity or -Infinity: see Reader::nonFinite_
   BeginArray,
   EndArray,
   BeginObject,
@@ -179,6 +283,7 @@ const char* tokenName(Token token) {
     case Token::String:
       return "string literal";
     case Token::Number:
+    case Token::NonFinite:
       return "number literal";
     case Token::BeginArray:
       return "'['";
@@ -200,82 +305,63 @@ const char* tokenName(Token token) {
   return "<parse error>";
 }
 
-// The bytes that matter when counting elements; all others are skipped in a
-// tight loop.
-constexpr std::array<bool, 256> structuralBytes() {
-  std::array<bool, 256> structural{};
-  structural['"'] = true;
-  structural['['] = true;
-  structural[']'] = true;
-  structural[','] = true;
-  return structural;
-}
-
-constexpr std::array<bool, 256> kStructural = structuralBytes();
-
-// How many elements each array of the text has, in the order the arrays
-// open: one quick pass over the structure that skips strings and counts the
-// commas at each level. For well-formed text the counts are exact; for
-// malformed text they are only a hint, as parsing then fails anyway.
-std::vector<std::uint32_t> countElements(const char* p, const char* end) {
-  std::vector<std::uint32_t> counts;
-  std::vector<std::size_t> open;  // index in `counts` of each open array
-  for (;;) {
-    while (p != end && !kStructural[static_cast<unsigned char>(*p)]) {
-      ++p;
-    }
-    if (p == end) {
-      return counts;
-    }
-    switch (*p++) {
-      case '"':
-        while (p != end && *p != '"') {
-          p += *p == '\\' && end - p > 1 ? 2 : 1;
-        }
-        if (p != end) {
-          ++p;
-        }
-        break;
-      case '[': {
-        const char* next = p;
-        while (next != end && isJsonWhitespace(*next)) {
-          ++next;
-        }
-        open.push_back(counts.size());
-        counts.push_back(next != end && *next != ']' ? 1 : 0);
-        break;
-      }
-      case ']':
-        if (!open.empty()) {
-          open.pop_back();
-        }
-        break;
-      case ',':
-        if (!open.empty()) {
-          ++counts[open.back()];
-        }
-        break;
-      default:
-        break;
+// The power of ten of a well-formed number token's leading non-zero digit
+// (2 for "123.4", -3 for "0.00123e0", 40 for "1e40"), clamped to a few
+// million either way; a very low value for a token of zeros.
+long decimalMagnitude(const char* p, const char* end) {
+  constexpr long kClamp = 1L << 24;
+  if (*p == '-') {
+    ++p;
+  }
+  long magnitude = -kClamp;
+  long integerDigits = 0;
+  for (; p != end && isDigit(*p); ++p) {
+    if (integerDigits != 0 || *p != '0') {
+      ++integerDigits;
     }
   }
+  if (integerDigits != 0) {
+    magnitude = integerDigits - 1;
+  }
+  if (p != end && *p == '.') {
+    long position = 0;
+    for (++p; p != end && isDigit(*p); ++p) {
+      --position;
+      if (integerDigits == 0 && *p != '0' && magnitude == -kClamp) {
+        magnitude = position;
+      }
+    }
+  }
+  if (magnitude == -kClamp || p == end) {
+    return magnitude;
+  }
+  ++p;  // 'e' or 'E'
+  const bool negative = *p == '-';
+  if (*p == '-' || *p == '+') {
+    ++p;
+  }
+  long exponent = 0;
+  for (; p != end && exponent < kClamp; ++p) {
+    exponent = exponent * 10 + (*p - '0');
+  }
+  return magnitude + (negative ? -exponent : exponent);
 }
 
-// Reads one value. Each array is made at its final size as it opens, in
-// the place it will keep (its parent's element, or the result), and filled
-// element by element, so the finished tree is all that is allocated besides
-// the counts and the list of open arrays: nesting depth costs heap, not call
-// stack, and nothing is ever copied or moved a second time.
-class Parser {
+// Reads one value, checking it (kBuild false) or building it (kBuild true).
+//
+// Checking keeps only the depth of the open arrays and stores nothing: it
+// allocates no memory whatever the text. Building runs on text that checking
+// has accepted, bottom up: the elements of the open arrays wait on one stack,
+// and an array is made at its exact size when it closes, its elements moved
+// into it. Nesting depth costs heap, not call stack.
+template <bool kBuild>
+class Reader {
  public:
-  explicit Parser(const std::string& text)
-      : begin_(text.data()),
-        end_(begin_ + text.size()),
-        p_(begin_),
-        readFrom_(begin_),
-        counts_(countElements(begin_, end_)) {}
+  explicit Reader(const std::string& text)
+      : begin_(text.data()), end_(begin_ + text.size()), p_(begin_), readFrom_(begin_) {}
 
-  KRValue parse() {
+  // Reads the whole text; throws at its first problem.
+  void run() {
     skipByteOrderMark();
     Token token = scan();
     for (;;) {
@@ -285,12 +371,13 @@ class Parser {
       }
       // A value is complete: close arrays until one goes on.
       for (;;) {
-        token = open_.empty() ? scan() : scanInArray();
-        if (open_.empty()) {
+        const bool nested = depth() != 0;
+        token = nested ? scanInArray() : scan();
+        if (!nested) {
           if (token != Token::EndOfInput) {
             failToken(token, kExpectEnd);
           }
-          return std::move(result_);
+          return;
         }
         if (token == Token::ValueSeparator) {
           token = scan();
@@ -304,41 +391,43 @@ class Parser {
     }
   }
 
+  KRValue takeResult() { return std::move(result_); }
+
  private:
+  std::size_t depth() const {
+    if constexpr (kBuild) {
+      return starts_.size();
+    } else {
+      return depth_;
+    }
+  }
+
   // Handles `token` at the start of a value. Returns false when it opened a
   // non-empty array, with `token` replaced by the array's first token.
   bool startValue(Token& token) {
     switch (token) {
       case Token::Null:
-        put(KRValue());
-        return true;
       case Token::True:
-        put(KRValue(true));
-        return true;
       case Token::False:
-        put(KRValue(false));
-        return true;
       case Token::String:
-        put(KRValue(string_));
+      case Token::NonFinite:
+        if constexpr (kBuild) {
+          put(scalar(token));
+        }
         return true;
       case Token::Number:
-        put(integer_ ? KRValue(readInt()) : KRValue(readFloat()));
-        return true;
-      case Token::BeginArray: {
-        const std::uint32_t count = nextArray_ < counts_.size() ? counts_[nextArray_] : 0;
-        ++nextArray_;
-        KRValue& array = put(KRValue());
-        array.arraySetSize(static_cast<int>(count));
-        token = scan();
-        if (token == Token::EndArray) {
-          array.arraySetSize(0);
-          return true;
+        if constexpr (kBuild) {
+          put(integer_ ? KRValue(int_) : KRValue(float_));
+        } else if (integer_) {
+          readInt();
+        } else {
+          checkFloatRange();
         }
-        open_.push_back({&array, 0});
-        return false;
-      }
+        return true;
+      case Token::BeginArray:
+        return openArray(token);
       case Token::BeginObject:
-        fail("objects are not supported", offsetOf(tokenStart_), "");
+        fail("objects are not supported", begin_, offsetOf(tokenStart_), "");
       case Token::Error:
         failToken(token, nullptr);
       default:
@@ -346,29 +435,68 @@ class Parser {
     }
   }
 
-  // Stores a value in its place and returns that place.
-  KRValue& put(KRValue&& value) {
-    if (open_.empty()) {
-      result_ = std::move(value);
-      return result_;
+  // The value of a literal or string token.
+  KRValue scalar(Token token) const {
+    switch (token) {
+      case Token::True:
+        return KRValue(true);
+      case Token::False:
+        return KRValue(false);
+      case Token::String:
+        return KRValue(string_);
+      case Token::NonFinite:
+        return KRValue(nonFinite_);
+      default:
+        return KRValue();
     }
-    OpenArray& top = open_.back();
-    // Only malformed text can hold more elements than counted; the array
-    // then grows, which is safe as all its elements are complete.
-    if (top.filled == top.array->getSize()) {
-      top.array->arraySetSize(static_cast<int>(top.filled + 1));
-    }
-    KRValue& place = (*top.array)[static_cast<int>(top.filled++)];
-    place = std::move(value);
-    return place;
   }
 
-  void closeArray() {
-    const OpenArray& top = open_.back();
-    if (top.filled != top.array->getSize()) {
-      top.array->arraySetSize(static_cast<int>(top.filled));
+  // After '['. Returns false when the array has elements, with `token`
+  // replaced by the first element's token.
+  bool openArray(Token& token) {
+    token = scan();
+    if (token == Token::EndArray) {
+      if constexpr (kBuild) {
+        KRValue empty;
+        empty.arraySetSize(0);
+        put(std::move(empty));
+      }
+      return true;
     }
-    open_.pop_back();
+    if constexpr (kBuild) {
+      starts_.push_back(values_.size());
+    } else {
+      ++depth_;
+    }
+    return false;
+  }
+
+  // Stores a complete value: as the result, or as the next element of the
+  // innermost open array (building only).
+  void put(KRValue&& value) {
+    if (starts_.empty()) {
+      result_ = std::move(value);
+    } else {
+      values_.push_back(std::move(value));
+    }
+  }
+
+  // After the ']' of a non-empty array.
+  void closeArray() {
+    if constexpr (kBuild) {
+      const std::size_t start = starts_.back();
+      starts_.pop_back();
+      const std::size_t count = values_.size() - start;
+      KRValue array;
+      array.arraySetSize(static_cast<int>(count));
+      for (std::size_t i = 0; i < count; ++i) {
+        array[static_cast<int>(i)] = std::move(values_[start + i]);
+      }
+      values_.resize(start);
+      put(std::move(array));
+    } else {
+      --depth_;
+    }
   }
 
   // ---- Tokens
@@ -401,10 +529,14 @@ class Parser {
     return scan();
   }
 
+  // The hot loops work on a local pointer: a store to p_ through `this`
+  // may alias the text, so the compiler would write it back on every byte.
   void skipWhitespace() {
-    while (p_ != end_ && isJsonWhitespace(*p_)) {
-      ++p_;
+    const char* p = p_;
+    while (p != end_ && isJsonWhitespace(*p)) {
+      ++p;
     }
+    p_ = p;
   }
 
   Token scan() {
@@ -432,6 +564,12 @@ class Parser {
         return scanLiteral("false", Token::False);
       case 'n':
         return scanLiteral("null", Token::Null);
+      case 'N':
+        nonFinite_ = std::numeric_limits<float>::quiet_NaN();
+        return scanLiteral("NaN", Token::NonFinite);
+      case 'I':
+        nonFinite_ = std::numeric_limits<float>::infinity();
+        return scanLiteral("Infinity", Token::NonFinite);
       case '"':
         return scanString();
       case '-':
@@ -468,17 +606,38 @@ class Parser {
     return token;
   }
 
+  // Eight bytes at a time while eight are left: a number's digits then
+  // cost one branch instead of one per digit.
   void skipDigits() {
-    while (p_ != end_ && isDigit(*p_)) {
-      ++p_;
+    const char* p = p_;
+    while (end_ - p >= 8) {
+      const std::size_t digits = leadingDigits(p);
+      p += digits;
+      if (digits != 8) {
+        p_ = p;
+        return;
+      }
     }
+    while (p != end_ && isDigit(*p)) {
+      ++p;
+    }
+    p_ = p;
   }
 
-  // After the number's first byte. Leaves [numberStart_, p_) as the token.
+  // After the number's first byte. Leaves [numberStart_, p_) as the token;
+  // when building, also its value in int_ or float_.
   Token scanNumber() {
     numberStart_ = readFrom_ = p_ - 1;
     integer_ = true;
     char first = *numberStart_;
+    if (first == '-' && p_ != end_ && *p_ == 'I') {
+      ++p_;
+      nonFinite_ = -std::numeric_limits<float>::infinity();
+      return scanLiteral("Infinity", Token::NonFinite);
+    }
+    if constexpr (kBuild) {
+      return readNumber();
+    }
     if (first == '-') {
       if (p_ == end_ || !isDigit(*p_)) {
         return error(p_, "invalid number; expected digit after '-'");
@@ -495,8 +654,10 @@ class Parser {
       }
       skipDigits();
     }
+    exponent_ = false;
     if (p_ != end_ && (*p_ == 'e' || *p_ == 'E')) {
       integer_ = false;
+      exponent_ = true;
       ++p_;
       if (p_ != end_ && (*p_ == '+' || *p_ == '-')) {
         if (++p_ == end_ || !isDigit(*p_)) {
@@ -510,7 +671,27 @@ class Parser {
     return Token::Number;
   }
 
-  // After the opening quote. Leaves the text of the string in string_.
+  // Appends to the string token, when building.
+  void append(const char* first, const char* last) {
+    if constexpr (kBuild) {
+      string_.append(first, last);
+    }
+  }
+
+  void append(char c) {
+    if constexpr (kBuild) {
+      string_ += c;
+    }
+  }
+
+  void appendCodePoint(std::uint32_t codePoint) {
+    if constexpr (kBuild) {
+      appendUtf8(string_, codePoint);
+    }
+  }
+
+  // After the opening quote. Leaves the text of the string in string_ when
+  // building; checking only reads it.
   Token scanString() {
     readFrom_ = p_ - 1;
     string_.clear();
@@ -525,12 +706,12 @@ class Parser {
       }
       const unsigned char c = static_cast<unsigned char>(*p_);
       if (c == '"') {
-        string_.append(run, p_);
+        append(run, p_);
         ++p_;
         return Token::String;
       }
       if (c == '\\') {
-        string_.append(run, p_);
+        append(run, p_);
         ++p_;
         if (!scanEscape()) {
           return Token::Error;
@@ -564,28 +745,28 @@ class Parser {
     }
     switch (*p_++) {
       case '"':
-        string_ += '"';
+        append('"');
         return true;
       case '\\':
-        string_ += '\\';
+        append('\\');
         return true;
       case '/':
-        string_ += '/';
+        append('/');
         return true;
       case 'b':
-        string_ += '\b';
+        append('\b');
         return true;
       case 'f':
-        string_ += '\f';
+        append('\f');
         return true;
       case 'n':
-        string_ += '\n';
+        append('\n');
         return true;
       case 'r':
-        string_ += '\r';
+        append('\r');
         return true;
       case 't':
-        string_ += '\t';
+        append('\t');
         return true;
       case 'u':
         return scanUnicodeEscape();
@@ -620,7 +801,7 @@ class Parser {
       return false;
     }
     if (high < 0xD800 || high > 0xDBFF) {
-      appendUtf8(string_, high);
+      appendCodePoint(high);
       return true;
     }
     for (const char expected : {'\\', 'u'}) {
@@ -638,19 +819,38 @@ class Parser {
       error(p_ - 1, kNoLowSurrogate);
       return false;
     }
-    appendUtf8(string_, 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));
+    appendCodePoint(0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));
     return true;
   }
 
   // ---- Numbers of the number token [numberStart_, p_)
 
+  // Building, on checked text: the number at numberStart_, read in one go.
+  // An int token is one that std::from_chars reads as an int without a
+  // fraction or an exponent following; checking has seen that it fits.
+  Token readNumber() {
+    const std::from_chars_result asInt = std::from_chars(numberStart_, end_, int_);
+    if (asInt.ec == std::errc() &&
+        (asInt.ptr == end_ || (*asInt.ptr != '.' && *asInt.ptr != 'e' && *asInt.ptr != 'E'))) {
+      p_ = asInt.ptr;
+      return Token::Number;
+    }
+    integer_ = false;
+    const std::from_chars_result asFloat = std::from_chars(numberStart_, end_, float_);
+    p_ = asFloat.ptr;
+    if (asFloat.ec == std::errc::result_out_of_range) {
+      float_ = readFloat();  // a zero of the token's sign, as checking saw
+    }
+    return Token::Number;
+  }
+
   [[noreturn]] void failIntegerRange() const {
-    fail("integer out of range", offsetOf(numberStart_),
+    fail("integer out of range", begin_, offsetOf(numberStart_),
          quoteNumber(numberStart_, p_) + " is outside [-2147483648, 2147483647]");
   }
 
   [[noreturn]] void failFloatRange() const {
-    fail("float out of range", offsetOf(numberStart_),
+    fail("float out of range", begin_, offsetOf(numberStart_),
          quoteNumber(numberStart_, p_) + " is outside [-3.4028235e+38, 3.4028235e+38]");
   }
 
@@ -676,8 +876,8 @@ class Parser {
   }
 
   // The float nearest to the token, rounded once. std::from_chars reports
-  // both overflow and underflow to zero as out of range; the token read as a
-  // double tells them apart.
+  // both overflow and underflow to zero as out of range; the token's
+  // magnitude tells them apart without copying it.
   float readFloat() const {
     float value = 0.0f;
     const std::from_chars_result read = std::from_chars(numberStart_, p_, value);
@@ -685,14 +885,27 @@ class Parser {
       return value;
     }
     if (read.ec == std::errc::result_out_of_range) {
-      const double approx = std::strtod(std::string(numberStart_, p_).c_str(), nullptr);
-      if (std::fabs(approx) < 1.0) {
+      if (decimalMagnitude(numberStart_, p_) < 0) {
         return *numberStart_ == '-' ? -0.0f : 0.0f;
       }
       failFloatRange();
     }
-    fail("syntax error", offsetOf(numberStart_),
+    fail("syntax error", begin_, offsetOf(numberStart_),
          "unreadable number " + quoteNumber(numberStart_, p_));
+  }
+
+  // Checks the float token's range without converting it, where it can: a
+  // token whose leading digit stands for at most 10^37 is below 10^38, well
+  // within the largest float; only larger ones are converted to be sure.
+  void checkFloatRange() const {
+    // Without an exponent, a token of at most 38 bytes has at most 37
+    // integer digits after the first.
+    if (!exponent_ && p_ - numberStart_ <= 38) {
+      return;
+    }
+    if (decimalMagnitude(numberStart_, p_) >= 38) {
+      readFloat();
+    }
   }
 
   // ---- Syntax errors
@@ -715,7 +928,7 @@ class Parser {
       detail += "; expected ";
       detail += expected;
     }
-    fail("syntax error", offset, detail);
+    fail("syntax error", begin_, offset, detail);
   }
 
   const char* const begin_;
@@ -725,18 +938,19 @@ class Parser {
   const char* readFrom_;    // start of "last read": the last string or number token
   const char* numberStart_ = nullptr;
   bool integer_ = true;     // the number token has no fraction and no exponent
+  bool exponent_ = false;   // the number token has an exponent
+  int int_ = 0;             // the number token's value, when building
+  float float_ = 0.0f;
   std::string string_;      // the string token, unescaped
+  float nonFinite_ = 0.0f;  // the value of a NonFinite token
   const char* errorAt_ = nullptr;
   const char* problem_ = "";
+  std::size_t depth_ = 0;   // arrays open, when checking
 
-  // An array being filled, and how many of its elements are in place.
-  struct OpenArray {
-    KRValue* array;
-    std::uint32_t filled;
-  };
-  const std::vector<std::uint32_t> counts_;  // element counts, by order of opening
-  std::size_t nextArray_ = 0;                // the next array to open, in counts_
-  std::vector<OpenArray> open_;              // innermost last
+  // Building: the elements of the open arrays, outermost first, and where
+  // each open array's elements begin in values_.
+  std::vector<KRValue> values_;
+  std::vector<std::size_t> starts_;
   KRValue result_;
 };
 
@@ -753,9 +967,12 @@ bool isBlank(const std::string& text) {
 
 KRValue parseKRValue(const std::string& text) {
   if (isBlank(text)) {
-    fail("no value", text.size(), "the text is empty or only whitespace");
+    fail("no value", text.data(), text.size(), "the text is empty or only whitespace");
   }
-  return Parser(text).parse();
+  Reader<false>(text).run();
+  Reader<true> builder(text);
+  builder.run();
+  return builder.takeResult();
 }
 
 }  // namespace KR

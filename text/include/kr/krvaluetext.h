@@ -2,9 +2,15 @@
 //
 // Kinds map to JSON as follows:
 //   invalid  null           bool   true / false
-//   int      3, -7          float  3.0, 3e0, -0.5 (a decimal point or an exponent)
+//   int      3, -7          float  3.0, 3e0, -0.5 (a decimal point or an exponent),
+//                                  NaN, Infinity, -Infinity
 //   string   "text"         array  [1, 2.5, "x"]
 // A JSON object has no value kind and is rejected.
+//
+// The one extension to JSON: the words NaN, Infinity and -Infinity stand for
+// the non-finite floats, wherever a value may stand. They are what
+// printKRValue writes for them, and what Python's json module and
+// JavaScript's JSON5 readers write and read.
 //
 // Built only on the public operations of KR::KRValue, so it works with any
 // value library that provides them.
@@ -12,17 +18,18 @@
 // Depth. Neither parsing nor printing recurses: a value nested a million
 // levels deep is read and written like a flat one.
 //
-// Round trip. For every value parseKRValue can produce,
-// parseKRValue(printKRValue(v)) == v, and an int never reads back as a float
-// or the other way round. Printing goes beyond what parsing produces in two
-// places, and there the round trip does not hold:
-//   - A NaN or infinite float prints as NaN, Infinity or -Infinity. That text
-//     is not JSON and parseKRValue rejects it.
-//   - A string that is not valid UTF-8 prints with each byte that does not
-//     begin a well-formed UTF-8 sequence (a stray continuation byte, the lead
-//     byte of a truncated or overlong sequence, an encoded surrogate, a code
-//     point above U+10FFFF) replaced by U+FFFD. Parsing only ever produces
-//     valid UTF-8, so this never affects text that came from parseKRValue.
+// Round trip. For every value whose strings are valid UTF-8,
+// parseKRValue(printKRValue(v)) is v: the same kinds everywhere (an int never
+// reads back as a float or the other way round), every int and every float
+// bit for bit (-0.0 keeps its sign, denormals stay), every string byte for
+// byte. NaN is the one float that is not kept bit for bit: every NaN prints as
+// NaN and reads back as the quiet NaN 0x7FC00000, as JSON has a single NaN;
+// its sign and payload are lost.
+// A string that is not valid UTF-8 prints with each byte that does not begin a
+// well-formed UTF-8 sequence (a stray continuation byte, the lead byte of a
+// truncated or overlong sequence, an encoded surrogate, a code point above
+// U+10FFFF) replaced by U+FFFD. Parsing only ever produces valid UTF-8, so
+// this never affects text that came from parseKRValue.
 #pragma once
 
 #include <kr/krvalue.h>
@@ -39,18 +46,23 @@ namespace KR {
 /// [-2147483648, 2147483647]; any other number is a float, read with correct
 /// rounding to the nearest float. Magnitudes too small for a float read as
 /// denormals or as a zero of the token's sign; magnitudes that round beyond
-/// the largest float (3.4028235e38) are rejected. Whitespace may surround the
-/// value; anything else after it, a NUL byte included, is an error. Comments,
-/// NaN and Infinity are not accepted; a UTF-8 byte order mark may open the
-/// text.
+/// the largest float (3.4028235e38) are rejected. NaN, Infinity and -Infinity
+/// are floats (quiet NaN, +inf, -inf); no other spelling of them is read.
+/// Whitespace may surround the value; anything else after it, a NUL byte
+/// included, is an error. Comments are not accepted; a UTF-8 byte order mark
+/// may open the text.
 ///
-/// Cost: one pass to count the elements of every array and one to read; the
-/// tree is built in place at its final size, so besides the finished value
-/// parsing allocates only four bytes per array.
+/// Cost: a first pass checks the whole text, the grammar and the range of
+/// every number, and allocates nothing, so malformed text of any size fails
+/// at its first problem with no memory spent on it. A second pass builds the
+/// tree bottom up, each array allocated once at its exact size.
 ///
 /// Errors throw std::runtime_error with the message
-///   "KRValue text: <problem> at offset <N>[: <detail>]"
-/// where N is a 0-based byte offset into `text` and <problem> is one of:
+///   "KRValue text: <problem> at line <L>, column <C> (offset <N>)[: <detail>]"
+/// where N is the 0-based byte offset into `text` of the byte reported, L its
+/// 1-based line (lines end at '\n') and C its 1-based column, counted in
+/// characters (a well-formed UTF-8 sequence is one column, any other byte
+/// one). <problem> is one of:
 ///   "no value"                   the text is empty or only whitespace;
 ///                                N is the length of the text
 ///   "syntax error"               malformed text; N is the byte at which the
@@ -60,7 +72,12 @@ namespace KR {
 ///   "objects are not supported"  N is the offset of the object's '{'
 ///   "integer out of range"       N is the offset of the number's first byte
 ///   "float out of range"         N is the offset of the number's first byte
-/// The detail of a range error quotes the number, cut short past 32 bytes.
+/// No message grows with the input: the detail of a range error quotes the
+/// number cut short past 32 bytes ("... (N bytes)"), and the "last read" part
+/// of a syntax error quotes at most the last 40 bytes before and including
+/// the offending byte, after "..." when cut; in it a control character
+/// shows as <U+00XX> and a byte that is not well-formed UTF-8 as <0xXX>, so
+/// every message is valid UTF-8.
 KRVALUETEXT_API KRValue parseKRValue(const std::string& text);
 
 /// Prints a value as compact JSON text: array elements separated by ", "
