@@ -7,6 +7,10 @@
 // and system, page faults included), so that other work on the machine
 // weighs on neither; the counters give both rates and their ratio.
 //
+// A second benchmark times the failure on 50 MB of malformed text, "[,,,,...":
+// the check fails at the first comma, before anything is allocated, so the
+// size of the text does not matter.
+//
 // Run: build/release/bench/krvaluetext_bench
 #include <kr/krvalue.h>
 #include <kr/krvaluetext.h>
@@ -17,6 +21,7 @@
 #include <time.h>
 
 #include <random>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -75,8 +80,20 @@ void ParsePoses_OursVsJson(benchmark::State& state) {
   state.counters["speedup"] = json / ours;
 }
 
+void ParseMalformed_FiftyMegabytesOfCommas(benchmark::State& state) {
+  const std::string text = "[" + std::string(50000000, ',');
+  for (auto _ : state) {
+    try {
+      benchmark::DoNotOptimize(KR::parseKRValue(text));
+    } catch (const std::runtime_error& e) {
+      benchmark::DoNotOptimize(e.what());
+    }
+  }
+}
+
 }  // namespace
 
+BENCHMARK(ParseMalformed_FiftyMegabytesOfCommas)->Unit(benchmark::kMicrosecond);
 BENCHMARK(ParsePoses_OursVsJson)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
 
 BENCHMARK_MAIN();

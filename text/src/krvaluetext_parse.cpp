@@ -371,6 +371,9 @@ class Reader {
       }
       // A value is complete: close arrays until one goes on.
       for (;;) {
+        if constexpr (!kBuild) {
+          topLevelElements_ += depth() == 1;
+        }
         const bool nested = depth() != 0;
         token = nested ? scanInArray() : scan();
         if (!nested) {
@@ -392,6 +395,13 @@ class Reader {
   }
 
   KRValue takeResult() { return std::move(result_); }
+
+  // Checking: the elements of the outermost array. They wait on the stack
+  // until the text ends, so building reserves room for them at once.
+  std::size_t topLevelElements() const { return topLevelElements_; }
+
+  // Building: room for `count` elements waiting on the stack at once.
+  void reserve(std::size_t count) { values_.reserve(count); }
 
  private:
   std::size_t depth() const {
@@ -946,6 +956,7 @@ class Reader {
   const char* errorAt_ = nullptr;
   const char* problem_ = "";
   std::size_t depth_ = 0;   // arrays open, when checking
+  std::size_t topLevelElements_ = 0;
 
   // Building: the elements of the open arrays, outermost first, and where
   // each open array's elements begin in values_.
@@ -969,8 +980,11 @@ KRValue parseKRValue(const std::string& text) {
   if (isBlank(text)) {
     fail("no value", text.data(), text.size(), "the text is empty or only whitespace");
   }
-  Reader<false>(text).run();
+  Reader<false> checker(text);
+  checker.run();
   Reader<true> builder(text);
+  // Most of what waits on the stack is the outermost array's elements.
+  builder.reserve(checker.topLevelElements() + 64);
   builder.run();
   return builder.takeResult();
 }
