@@ -128,6 +128,10 @@ TEST(ParseKRValueErrors, ObjectsAtTheOffsetOfTheirBrace) {
 
 TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
   expectError({{"", 0}, {"  \t\r", 4}}, "no value");
+  // A byte order mark is one character, and no value either.
+  EXPECT_EQ(parseError("\xEF\xBB\xBF \r\t"),
+            "KRValue text: no value at line 1, column 5 (offset 6): "
+            "the text is empty or only whitespace");
   expectError({{"[1, 2", 5},  // ended too early: the length of the text
                {"tru", 3},
                {"[1, 2,]", 6},

@@ -965,9 +965,11 @@ class Reader {
   KRValue result_;
 };
 
+// Only whitespace, after a byte order mark if one opens the text.
 bool isBlank(const std::string& text) {
-  for (const char c : text) {
-    if (!isJsonWhitespace(c)) {
+  const std::size_t start = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+  for (std::size_t i = start; i < text.size(); ++i) {
+    if (!isJsonWhitespace(text[i])) {
       return false;
     }
   }

@@ -63,7 +63,8 @@ namespace KR {
 /// 1-based line (lines end at '\n') and C its 1-based column, counted in
 /// characters (a well-formed UTF-8 sequence is one column, any other byte
 /// one). <problem> is one of:
-///   "no value"                   the text is empty or only whitespace;
+///   "no value"                   the text is empty or only whitespace (after
+///                                a byte order mark, if one opens it);
 ///                                N is the length of the text
 ///   "syntax error"               malformed text; N is the byte at which the
 ///                                text stopped being JSON (the length of the
