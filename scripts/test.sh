@@ -84,7 +84,7 @@ replay() {
   printf '%-16s %s inputs replayed, clean\n' "$target" \
     "$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")"
 }
-for target in fuzz_text fuzz_values fuzz_geometry fuzz_state fuzz_paths fuzz_roundtrip; do
+for target in fuzz_text fuzz_json_diff fuzz_values fuzz_geometry fuzz_state fuzz_paths fuzz_roundtrip; do
   replay "$target"
 done
 
