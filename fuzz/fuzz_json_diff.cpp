@@ -254,42 +254,6 @@ Expected expectedValue(const std::string& text) {
   return {oracle.take(), nullptr};
 }
 
-/// One node of each tree: same kind and content, same size for arrays.
-bool sameNode(const KR::KRValue& expected, const KR::KRValue& actual) {
-  if (expected.getType() != actual.getType()) {
-    return false;
-  }
-  switch (expected.getType()) {
-    case KR::KRValue::TypeBool: return static_cast<bool>(expected) == static_cast<bool>(actual);
-    case KR::KRValue::TypeInt: return static_cast<int>(expected) == static_cast<int>(actual);
-    case KR::KRValue::TypeFloat:
-      return krfuzz::sameBits(static_cast<float>(expected), static_cast<float>(actual));
-    case KR::KRValue::TypeString:
-      return static_cast<const std::string&>(expected) == static_cast<const std::string&>(actual);
-    case KR::KRValue::TypeArray: return expected.getSize() == actual.getSize();
-    case KR::KRValue::TypeInvalid: return true;
-  }
-  return false;
-}
-
-/// Both trees node by node, through a stack of pairs still to compare rather
-/// than recursion (KRValue's == compares floats with ==, so 0.0 would match
-/// -0.0 and a NaN nothing).
-bool sameTree(const KR::KRValue& expected, const KR::KRValue& actual) {
-  std::vector<std::pair<const KR::KRValue*, const KR::KRValue*>> pending{{&expected, &actual}};
-  while (!pending.empty()) {
-    const auto [e, a] = pending.back();
-    pending.pop_back();
-    if (!sameNode(*e, *a)) {
-      return false;
-    }
-    for (unsigned int i = 0; i < e->getSize(); ++i) {
-      pending.emplace_back(&(*e)[static_cast<int>(i)], &(*a)[static_cast<int>(i)]);
-    }
-  }
-  return true;
-}
-
 /// Says on stderr what each side made of the text, before a failed check
 /// stops the run.
 void describe(const Expected& expected, const std::optional<std::string>& error,
@@ -322,7 +286,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!expected.value) {
     return 0;
   }
-  const bool same = sameTree(*expected.value, actual);
+  const bool same = krfuzz::sameTree(*expected.value, actual);
   if (!same) {
     describe(expected, error, actual);
   }

@@ -95,6 +95,42 @@ inline std::optional<KR::KRValue> decodeValue(FuzzedDataProvider& data) {
 /// Floats compared bit for bit: NaN equals the same NaN, 0 differs from -0.
 inline bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
+/// One node of two trees: same kind and content, same size for arrays.
+inline bool sameNode(const KR::KRValue& expected, const KR::KRValue& actual) {
+  if (expected.getType() != actual.getType()) {
+    return false;
+  }
+  switch (expected.getType()) {
+    case KR::KRValue::TypeBool: return static_cast<bool>(expected) == static_cast<bool>(actual);
+    case KR::KRValue::TypeInt: return static_cast<int>(expected) == static_cast<int>(actual);
+    case KR::KRValue::TypeFloat:
+      return sameBits(static_cast<float>(expected), static_cast<float>(actual));
+    case KR::KRValue::TypeString:
+      return static_cast<const std::string&>(expected) == static_cast<const std::string&>(actual);
+    case KR::KRValue::TypeArray: return expected.getSize() == actual.getSize();
+    case KR::KRValue::TypeInvalid: return true;
+  }
+  return false;
+}
+
+/// Both trees node by node, through a stack of pairs still to compare rather
+/// than recursion (KRValue's == compares floats with ==, so 0.0 would match
+/// -0.0 and a NaN nothing).
+inline bool sameTree(const KR::KRValue& expected, const KR::KRValue& actual) {
+  std::vector<std::pair<const KR::KRValue*, const KR::KRValue*>> pending{{&expected, &actual}};
+  while (!pending.empty()) {
+    const auto [e, a] = pending.back();
+    pending.pop_back();
+    if (!sameNode(*e, *a)) {
+      return false;
+    }
+    for (unsigned int i = 0; i < e->getSize(); ++i) {
+      pending.emplace_back(&(*e)[static_cast<int>(i)], &(*a)[static_cast<int>(i)]);
+    }
+  }
+  return true;
+}
+
 /// Records are plain floats without padding, so their bytes compare every
 /// field bit for bit.
 template <typename Record>
