@@ -73,6 +73,20 @@ kr_tool_check(krvalue_json
   ARGUMENTS read pose2ds "[[1639.205, 0, 123456.789]]" --json
   STATUS 0
   OUTPUT "^\\[\\[1639\\.205, 0\\.0, 123456\\.79\\]\\]\n$")
+# The non-finite floats read and written as the text form's words.
+kr_tool_check(krvalue_json_non_finite
+  ARGUMENTS read floats "[NaN, -Infinity, Infinity, -0.0]" --json
+  STATUS 0
+  OUTPUT "^\\[NaN, -Infinity, Infinity, -0\\.0\\]\n$")
+# A long bad line gives an error line of bounded length: its end quoted.
+# (No unmatched '[' in a check's arguments: CMake would join list items.)
+string(REPEAT "x" 100000 long_line)
+string(REPEAT "x" 40 quoted_end)
+kr_tool_check(krvalue_lines_long_error
+  ARGUMENTS read floats --lines
+  INPUT "\"${long_line}\n"
+  STATUS 2
+  OUTPUT "^{\"error\": \"KRValue text: syntax error at line 1, column 100002 \\(offset 100001\\): invalid string: missing closing quote; last read: '\\.\\.\\.${quoted_end}'\", \"status\": 2}\n$")
 
 # One line out per line in; the status is the worst of the lines'.
 kr_tool_check(krvalue_lines
