@@ -64,13 +64,13 @@ void readPosition2D(const KR::KRValue& value, const std::string& name,
     readXY(value[0], name, out);
     return;
   }
-  fail(Message::Position2DNotValid, name);
+  fail(Message::Position2DNotValid, value, name);
 }
 
 void readPose2D(const KR::KRValue& value, const std::string& name, KR::Math::Pose2D& out) {
   // Elements from index 3 on are ignored, so [x, y, theta, time] is a pose too.
   if (!value.isArray() || value.getSize() < 3) {
-    fail(Message::Pose2DNotValid, name);
+    fail(Message::Pose2DNotValid, value, name);
   }
   out.x = readFloat(value[0], name, kX);
   out.y = readFloat(value[1], name, kY);
@@ -90,7 +90,7 @@ void readPose2DAndTime(const KR::KRValue& value, const std::string& name,
 void readPosition3D(const KR::KRValue& value, const std::string& name,
                     KR::Math::Position3D& out) {
   if (!value.isArray() || value.getSize() != 3) {
-    fail(Message::Position3DNotValid, name);
+    fail(Message::Position3DNotValid, value, name);
   }
   out.x = readFloat(value[0], name, kX);
   out.y = readFloat(value[1], name, kY);
@@ -100,7 +100,7 @@ void readPosition3D(const KR::KRValue& value, const std::string& name,
 void readPosition6D(const KR::KRValue& value, const std::string& name,
                     KR::Math::Position6D& out) {
   if (!value.isArray() || value.getSize() != 6) {
-    fail(Message::Position6DNotValid, name);
+    fail(Message::Position6DNotValid, value, name);
   }
   out.x = readFloat(value[0], name, kX);
   out.y = readFloat(value[1], name, kY);
@@ -113,7 +113,7 @@ void readPosition6D(const KR::KRValue& value, const std::string& name,
 void readTransform(const KR::KRValue& value, const std::string& name, KR::Math::Transform& out) {
   const unsigned int size = value.getSize();
   if (!value.isArray() || (size != 12 && size != 16)) {
-    fail(Message::TransformSize, name);
+    fail(Message::TransformSize, value, name);
   }
   // A fourth row (elements 12 to 15) is implicit in the record: not read,
   // not checked.
@@ -124,7 +124,7 @@ void readTransform(const KR::KRValue& value, const std::string& name, KR::Math::
     return;
   }
   if (!out.isTransform(kLenientTolerance)) {
-    fail(Message::WrongTransform, name);
+    fail(Message::WrongTransform, value, name);
   }
   // Nearly a transform: accepted after repair, and the repair is reported on
   // standard error (not in the log) as one line.
@@ -162,7 +162,7 @@ void extractPosition6DFromKRValue(const KR::KRValue& value, const std::string& n
 void extractPosition6DFromVector(const std::vector<float>& values, const std::string& name,
                                  KR::Math::Position6D& out) {
   if (values.size() != 6) {
-    detail::fail(detail::Message::Position6DVectorNotValid, name);
+    detail::failUnlocated(detail::Message::Position6DVectorNotValid, name);
   }
   out = KR::Math::Position6D(values);
 }

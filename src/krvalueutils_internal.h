@@ -6,6 +6,7 @@
 #pragma once
 
 #include <kr/krvalue.h>
+#include <kr/valueutils/locate.h>
 
 #include "krvalueutils_messages.h"
 
@@ -24,17 +25,27 @@ void warn(const char* function, const std::string& text);
 
 inline bool isNumber(const KR::KRValue& value) { return value.isInt() || value.isFloat(); }
 
+/// The text of a value through its own string conversion, which decides what
+/// a non-string gives; as it is expected to throw for one, a non-string is
+/// first noted as the failing value for a locateFailure in progress.
+inline const std::string& stringOf(const KR::KRValue& value) {
+  if (!value.isString()) {
+    noteFailureAt(value);
+  }
+  return static_cast<const std::string&>(value);
+}
+
 inline void checkArray(const KR::KRValue& value, const std::string& name) {
   if (value.isArray() && value.getSize() != 0) {
     return;
   }
   if (!value.isValid()) {
-    fail(Message::ArrayInvalid, name);
+    fail(Message::ArrayInvalid, value, name);
   }
   if (value.isArray()) {
-    fail(Message::ArrayEmpty, name);
+    fail(Message::ArrayEmpty, value, name);
   }
-  fail(Message::NotAnArray, name);
+  fail(Message::NotAnArray, value, name);
 }
 
 /// Element 0 of a path or trajectory description, its type word. Throws
@@ -43,7 +54,7 @@ inline const std::string& readTypeWord(const KR::KRValue& value, const std::stri
                                        Message wrongFormat) {
   checkArray(value, name);
   if (!value[0].isString()) {
-    fail(wrongFormat, name);
+    fail(wrongFormat, value[0], name);
   }
   return static_cast<const std::string&>(value[0]);
 }

@@ -23,7 +23,7 @@ void checkParameterShape(const KR::KRValue& param, const std::string& name,
                          detail::Message wrongShape) {
   detail::checkArray(param, name);
   if (param.getSize() != 3) {
-    detail::fail(wrongShape, name);
+    detail::fail(wrongShape, param, name);
   }
 }
 
@@ -104,12 +104,14 @@ bool computeAutoKeys(const std::vector<float>& times, const KR::KRValue& value, 
 void extractKeyFromKRValue(const KR::KRValue& value, const std::string& name, Key& key) {
   detail::checkArray(value, name);
   if (value.getSize() != 3) {
-    detail::fail(detail::Message::ControlPointShape, name);
+    detail::fail(detail::Message::ControlPointShape, value, name);
   }
   checkParameterShape(value[1], name, detail::Message::ControlPointFirstParameter);
   checkParameterShape(value[2], name, detail::Message::ControlPointSecondParameter);
   if (!detail::isNumber(value[0]) || !isParameter(value[1]) || !isParameter(value[2])) {
-    detail::fail(detail::Message::ControlPointTypes, name);
+    // The first element of the wrong kind.
+    const int at = !detail::isNumber(value[0]) ? 0 : !isParameter(value[1]) ? 1 : 2;
+    detail::fail(detail::Message::ControlPointTypes, value[at], name);
   }
   // Every check has passed: only now is `key` written.
   key.value = static_cast<float>(value[0]);

@@ -140,7 +140,7 @@ void extractVectorStringsFromKRValue(const KR::KRValue& value, const std::string
   // The elements' kinds are not tested: the value's string conversion decides
   // and throws its own error for a non-string element.
   for (unsigned int i = 0; i < size; ++i) {
-    strings[i] = static_cast<const std::string&>(value[static_cast<int>(i)]);
+    strings[i] = detail::stringOf(value[static_cast<int>(i)]);
   }
 }
 
@@ -148,7 +148,7 @@ void extractVectorBoolsFromKRValue(const KR::KRValue& value, unsigned int count,
                                    const std::string& name, std::vector<bool>& bools) {
   bools.clear();
   if (!value.isValid()) {
-    detail::fail(detail::Message::BoolsInvalid, name);
+    detail::fail(detail::Message::BoolsInvalid, value, name);
   }
   // One bool stands for `count` of them (a caller passes the length of a list
   // the bools go with).
@@ -157,7 +157,7 @@ void extractVectorBoolsFromKRValue(const KR::KRValue& value, unsigned int count,
     return;
   }
   if (!value.isArray()) {
-    detail::fail(detail::Message::BoolsWrongKind, name);
+    detail::fail(detail::Message::BoolsWrongKind, value, name);
   }
   // Elements that are not a bool or a number are skipped, never a failure.
   const unsigned int size = value.getSize();
@@ -175,10 +175,10 @@ void extractKeyValueMapFromKRValue(const KR::KRValue& value, const std::string& 
                                    std::map<std::string, KR::KRValue>& map) {
   map.clear();
   if (!value.isValid()) {
-    detail::fail(detail::Message::MapInvalid, name);
+    detail::fail(detail::Message::MapInvalid, value, name);
   }
   if (!value.isArray()) {
-    detail::fail(detail::Message::MapNotAnArray, name);
+    detail::fail(detail::Message::MapNotAnArray, value, name);
   }
   // With skipSecondElement an entry is [key, anything, value, ...]: element 1
   // is never looked at.
@@ -189,7 +189,7 @@ void extractKeyValueMapFromKRValue(const KR::KRValue& value, const std::string& 
     const KR::KRValue& entry = value[static_cast<int>(i)];
     // Entries inserted so far stay in the map when a later one is malformed.
     if (!isWellFormedEntry(entry, leastSize, valuePosition)) {
-      detail::fail(detail::Message::MapMalformedEntry, name);
+      detail::fail(detail::Message::MapMalformedEntry, entry, name);
     }
     // The first entry with a given key wins; try_emplace copies nothing for a
     // key already present.

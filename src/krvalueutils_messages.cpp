@@ -6,6 +6,8 @@
 // "KRMotion" takes a colon in thrown messages but none in the clip warning.
 #include "krvalueutils_messages.h"
 
+#include <kr/valueutils/locate.h>
+
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
@@ -170,6 +172,7 @@ std::string joined(const Entry& entry, const std::string& name) {
 // the text beginning with ": ". The invalid value gets a longer text.
 [[noreturn]] void failExpected(const KR::KRValue& value, const std::string& name,
                                const std::string& fieldName, const char* kind) {
+  noteFailureAt(value);
   std::string text = name + " " + fieldName + ": Expected a " + kind;
   if (!value.isValid()) {
     text += " but found an invalid KRValue";
@@ -181,7 +184,12 @@ std::string joined(const Entry& entry, const std::string& name) {
 
 const std::string kKRValueField = "KRValue";
 
-void fail(Message message, const std::string& name) {
+void fail(Message message, const KR::KRValue& at, const std::string& name) {
+  noteFailureAt(at);
+  throw std::runtime_error(joined(entryOf(message), name));
+}
+
+void failUnlocated(Message message, const std::string& name) {
   throw std::runtime_error(joined(entryOf(message), name));
 }
 
@@ -195,7 +203,9 @@ void failExpectedInt(const KR::KRValue& value, const std::string& name,
   failExpected(value, name, fieldName, "int");
 }
 
-void failUnsupportedRestMode(const std::string& name, const std::string& modeName) {
+void failUnsupportedRestMode(const KR::KRValue& at, const std::string& name,
+                             const std::string& modeName) {
+  noteFailureAt(at);
   throw std::runtime_error(name + " unsupported mode: " + modeName);
 }
 

@@ -74,19 +74,24 @@ enum class Message {
   SupportSequencesSameName,
 };
 
-/// Throws std::runtime_error with `message` joined to `name`.
-[[noreturn]] void fail(Message message, const std::string& name);
+/// Throws std::runtime_error with `message` joined to `name`, after noting
+/// `at`, the value whose check failed, for a locateFailure in progress.
+[[noreturn]] void fail(Message message, const KR::KRValue& at, const std::string& name);
+/// As fail, for a check of something that is not a value.
+[[noreturn]] void failUnlocated(Message message, const std::string& name);
 
 /// Throws "<name> <fieldName>: Expected a float", or the same followed by
-/// " but found an invalid KRValue" when `value` is invalid.
+/// " but found an invalid KRValue" when `value` is invalid; `value` is noted
+/// as fail notes `at`.
 [[noreturn]] void failExpectedFloat(const KR::KRValue& value, const std::string& name,
                                     const std::string& fieldName);
 /// As failExpectedFloat, with "int" for "float".
 [[noreturn]] void failExpectedInt(const KR::KRValue& value, const std::string& name,
                                   const std::string& fieldName);
 
-/// Throws "<name> unsupported mode: <modeName>".
-[[noreturn]] void failUnsupportedRestMode(const std::string& name, const std::string& modeName);
+/// Throws "<name> unsupported mode: <modeName>"; `at` is the mode's value.
+[[noreturn]] void failUnsupportedRestMode(const KR::KRValue& at, const std::string& name,
+                                          const std::string& modeName);
 /// Throws "Unknown REST_REFLEX_MODE: <number>".
 [[noreturn]] void failUnknownRestReflexMode(int number);
 /// Throws "Cannot convert <modeName> to REST_REFLEX_MODE.".

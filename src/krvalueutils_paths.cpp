@@ -71,7 +71,7 @@ float readFloat(const KR::KRValue& element, const std::string& name) {
 void checkSize(const KR::KRValue& value, unsigned int size, Message wrongSize,
                const std::string& name) {
   if (value.getSize() != size) {
-    detail::fail(wrongSize, name);
+    detail::fail(wrongSize, value, name);
   }
 }
 
@@ -94,7 +94,7 @@ DirectPath readDirectPath(const KR::KRValue& value, const std::string& name) {
                 readPosition(value[3], name), readPosition(value[4], name),
                 readFloat(value[5], name)};
   }
-  detail::fail(Message::UnknownDirectPath, name);
+  detail::fail(Message::UnknownDirectPath, value[0], name);
 }
 
 DirectPath2DBuilder builderOf(const PathFactory& factory, const Line& line) {
@@ -170,7 +170,7 @@ void extractPath2DIntoTrajectoryFactory(const KR::KRValue& value, const std::str
     return;
   }
   if (value.getSize() == 1) {
-    detail::fail(Message::EmptyComposedPath, name);
+    detail::fail(Message::EmptyComposedPath, value, name);
   }
   // Each piece goes in as soon as it is read; a failing piece leaves the
   // earlier ones in the factory.

@@ -23,9 +23,11 @@ namespace {
 // which this form cannot carry.
 void readSingleMode(const KR::KRValue& second, const std::string& name, KR::RestRequest& request) {
   const std::string& modeName = static_cast<const std::string&>(second);
+  // An unknown name makes the conversion throw: the mode's value is at fault.
+  detail::noteFailureAt(second);
   const KR::REST_REFLEX_MODE mode = KR::stringToRestReflexMode(modeName);
   if (mode == KR::CUSTOM) {
-    detail::failUnsupportedRestMode(name, modeName);
+    detail::failUnsupportedRestMode(second, name, modeName);
   }
   for (const std::string& n : request.names) {
     request.reflexModes[n] = mode;
@@ -51,8 +53,10 @@ void readModeNames(const KR::KRValue& second, KR::RestRequest& request) {
   std::vector<KR::REST_REFLEX_MODE> modes;
   modes.reserve(size);
   for (unsigned int k = 0; k < size; ++k) {
-    const std::string& modeName =
-        static_cast<const std::string&>(second[static_cast<int>(k)]);
+    const KR::KRValue& element = second[static_cast<int>(k)];
+    const std::string& modeName = detail::stringOf(element);
+    // An unknown name makes the conversion throw: this element is at fault.
+    detail::noteFailureAt(element);
     modes.push_back(KR::stringToRestReflexMode(modeName));
   }
   // A name listed twice keeps the mode paired with its later occurrence.
@@ -69,7 +73,7 @@ void readSecond(const KR::KRValue& second, const std::string& name, KR::RestRequ
     return;
   }
   if (!second.isArray()) {
-    detail::fail(detail::Message::RestSecondNotStringOrArray, name);
+    detail::fail(detail::Message::RestSecondNotStringOrArray, second, name);
   }
   detail::checkArray(second, name);
   if (second[0].isFloat()) {
@@ -77,7 +81,7 @@ void readSecond(const KR::KRValue& second, const std::string& name, KR::RestRequ
     return;
   }
   if (!second[0].isString()) {
-    detail::fail(detail::Message::RestSecondElementKind, name);
+    detail::fail(detail::Message::RestSecondElementKind, second[0], name);
   }
   readModeNames(second, request);
 }
@@ -88,7 +92,7 @@ KR::RestRequest readRequest(const KR::KRValue& element, const std::string& name)
   detail::checkArray(element, name);
   // Two elements are enough, whatever the message says.
   if (element.getSize() < 2) {
-    detail::fail(detail::Message::RestRequestTooShort, name);
+    detail::fail(detail::Message::RestRequestTooShort, element, name);
   }
   detail::checkArray(element[0], name);
   KR::RestRequest request;

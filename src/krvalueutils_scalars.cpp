@@ -76,7 +76,7 @@ void extractAxisMaskFromKRValue(const KR::KRValue& value, const std::string& nam
                                 std::bitset<6>& mask) {
   const int i = detail::readInt(value, name, kAxisField);
   if (!KR::Math::isAxisMask(i)) {
-    detail::fail(detail::Message::NotAnAxisMask, name);
+    detail::fail(detail::Message::NotAnAxisMask, value, name);
   }
   mask = std::bitset<6>(static_cast<unsigned long>(static_cast<unsigned int>(i)));
 }
@@ -85,7 +85,7 @@ void extractFrameFromKRValue(const KR::KRValue& value, const std::string& name,
                              KR::Math::FRAME& frame) {
   const int i = detail::readInt(value, name, kFrameField);
   if (!KR::Math::isFrame(i)) {
-    detail::fail(detail::Message::NotAFrame, name);
+    detail::fail(detail::Message::NotAFrame, value, name);
   }
   frame = static_cast<KR::Math::FRAME>(i);
 }

@@ -25,9 +25,6 @@ namespace {
 // not under the caller's argument name.
 const std::string kMetricalDataName = "MetricalDataExtractor";
 
-const std::string& stringOf(const KR::KRValue& value) {
-  return static_cast<const std::string&>(value);
-}
 
 // [level, [name, ...], ...] once the caller has checked the shape: the level
 // is written first, then each name inserted as it is reached, so a bad name
@@ -38,13 +35,13 @@ void readLevelAndNames(const KR::KRValue& value, const std::string& name, int& l
   level = detail::readInt(value[0], name, detail::kKRValueField);
   const KR::KRValue& list = value[1];
   for (unsigned int k = 0; k < list.getSize(); ++k) {
-    names.insert(stringOf(list[static_cast<int>(k)]));
+    names.insert(detail::stringOf(list[static_cast<int>(k)]));
   }
 }
 
 void checkAtLeastTwo(const KR::KRValue& value, const std::string& name) {
   if (value.getSize() < 2) {
-    detail::fail(detail::Message::StatusTooShort, name);
+    detail::fail(detail::Message::StatusTooShort, value, name);
   }
 }
 
@@ -64,11 +61,11 @@ int touchNumberOf(const KR::KRValue& entry) {
 }
 
 void insertTouch(const KR::KRValue& entry, std::map<std::string, bool>& touch) {
-  touch.emplace(stringOf(entry[0]), static_cast<bool>(entry[1]));
+  touch.emplace(detail::stringOf(entry[0]), static_cast<bool>(entry[1]));
 }
 
 void insertTouch(const KR::KRValue& entry, std::map<std::string, std::pair<bool, int>>& touch) {
-  touch.emplace(stringOf(entry[0]),
+  touch.emplace(detail::stringOf(entry[0]),
                 std::make_pair(static_cast<bool>(entry[1]), touchNumberOf(entry)));
 }
 
@@ -85,7 +82,7 @@ void readTouch(const KR::KRValue& value, const std::string& name, Map& touch) {
   for (unsigned int i = 0; i < value.getSize(); ++i) {
     const KR::KRValue& entry = value[static_cast<int>(i)];
     if (!isTouchEntry(entry)) {
-      detail::fail(detail::Message::TouchInvalid, name);
+      detail::fail(detail::Message::TouchInvalid, entry, name);
     }
     insertTouch(entry, touch);
   }
@@ -172,7 +169,7 @@ void extractNavigationFromKRValue(const KR::KRValue& value, const std::string& n
     const KR::KRValue& entry = value[static_cast<int>(i)];
     detail::checkArray(entry, name);
     if (entry.getSize() != 3) {
-      detail::fail(detail::Message::NavigationInvalid, name);
+      detail::fail(detail::Message::NavigationInvalid, entry, name);
     }
     // Read into a local list so that a bad entry adds none of its positions.
     std::vector<KR::Math::Position2D> list;
@@ -185,10 +182,10 @@ void extractMetricalDataFromKRValue(const KR::KRValue& value, const std::string&
                                     KR::Math::MetricalData& data) {
   detail::checkArray(value, name);
   if (!hasMetricalDataShape(value)) {
-    detail::fail(detail::Message::MetricalDataFormat, name);
+    detail::fail(detail::Message::MetricalDataFormat, value, name);
   }
-  data.label1 = stringOf(value[0]);
-  data.label2 = stringOf(value[1]);
+  data.label1 = detail::stringOf(value[0]);
+  data.label2 = detail::stringOf(value[1]);
   readPoints(value[2], data.points);
   detail::readTransform(value[3], kMetricalDataName, data.transform);
   data.duration = extractDuration(value[4][0], value[4][1], name);

@@ -35,10 +35,10 @@ bool repeatsEarlierName(const std::vector<KR::Math::SupportSequence>& sequences,
 void extractSupportSequenceFromKRValue(const KR::KRValue& value, const std::string& name,
                                        KR::Math::SupportSequence& sequence) {
   if (!value.isValid() || !value.isArray() || value.getSize() != 3) {
-    detail::fail(detail::Message::SupportSequenceSize, name);
+    detail::fail(detail::Message::SupportSequenceSize, value, name);
   }
   if (!value[0].isString()) {
-    detail::fail(detail::Message::SupportSequenceName, name);
+    detail::fail(detail::Message::SupportSequenceName, value[0], name);
   }
   // [name, [], []] is the empty sequence; the list readers would reject an
   // empty float list, so they are not asked.
@@ -60,7 +60,7 @@ void extractVectorSupportSequenceFromKRValue(const KR::KRValue& value, const std
                                              std::vector<KR::Math::SupportSequence>& sequences) {
   sequences.clear();
   if (!value.isArray()) {
-    detail::fail(detail::Message::SupportSequencesNotAnArray, name);
+    detail::fail(detail::Message::SupportSequencesNotAnArray, value, name);
   }
   // Sized first: after a failure the sequences not yet read are default.
   const unsigned int size = value.getSize();
@@ -70,7 +70,7 @@ void extractVectorSupportSequenceFromKRValue(const KR::KRValue& value, const std
   for (unsigned int i = 0; i < size; ++i) {
     extractSupportSequenceFromKRValue(value[static_cast<int>(i)], name, sequences[i]);
     if (repeatsEarlierName(sequences, i)) {
-      detail::fail(detail::Message::SupportSequencesSameName, name);
+      detail::fail(detail::Message::SupportSequencesSameName, value[static_cast<int>(i)][0], name);
     }
   }
 }

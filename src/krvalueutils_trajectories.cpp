@@ -74,7 +74,7 @@ DirectTrajectoryPose2DBuilder readNonHolonomic(const KR::KRValue& value, const s
 
 void checkSize(const KR::KRValue& value, unsigned int size, const std::string& name) {
   if (value.getSize() != size) {
-    detail::fail(Message::InvalidDirectTrajectorySize, name);
+    detail::fail(Message::InvalidDirectTrajectorySize, value, name);
   }
 }
 
@@ -89,16 +89,16 @@ DirectTrajectoryPose2DBuilder readDirect(const KR::KRValue& value, const std::st
     checkSize(value, 3, name);
     return readNonHolonomic(value, name, settings);
   }
-  detail::fail(Message::UnknownDirectTrajectory, name);
+  detail::fail(Message::UnknownDirectTrajectory, value[0], name);
 }
 
 TrajectoryPose2DComposedBuilder readComposed(const KR::KRValue& value, const std::string& name,
                                              const Settings& settings) {
   if (detail::readTypeWord(value, name, Message::WrongComposedTrajectoryFormat) != kComposed) {
-    detail::fail(Message::WrongComposedTrajectoryFormat, name);
+    detail::fail(Message::WrongComposedTrajectoryFormat, value[0], name);
   }
   if (value.getSize() == 1) {
-    detail::fail(Message::EmptyComposedTrajectory, name);
+    detail::fail(Message::EmptyComposedTrajectory, value, name);
   }
   // A failing element releases the builders of the ones before it with the
   // list.

@@ -24,6 +24,7 @@
 #include <kr/valueutils/geometrywriters.h>
 #include <kr/valueutils/keys.h>
 #include <kr/valueutils/lists.h>
+#include <kr/valueutils/locate.h>
 #include <kr/valueutils/motionconfig.h>
 #include <kr/valueutils/paths.h>
 #include <kr/valueutils/restrequests.h>
