@@ -38,6 +38,9 @@ struct Reader {
   std::string name;
   std::string usage;  // what the value looks like and what is printed
   std::function<void(const KR::KRValue& value, const Options& options, Output& out)> run;
+  /// A list reader: `krvalue check` reads each element of a list on its own
+  /// (as a list of one), so that it finds every bad element.
+  bool list = false;
 };
 
 /// A writer: takes its input text (usually a value read back by a reader),

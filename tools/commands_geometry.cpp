@@ -222,30 +222,34 @@ Reader recordReader(std::string name, std::string usage, ReadFunction<T> read) {
 
 template <typename T>
 Reader listReader(std::string name, std::string usage, ReadFunction<std::vector<T>> read) {
-  return {std::move(name), std::move(usage),
-          [read](const KR::KRValue& v, const Options& o, Output& out) {
-            std::vector<T> records;
-            read(v, o.name, records);
-            if (o.json) {
-              printJson(out, records);
-            } else {
-              printList(out, records, "");
-            }
-          }};
+  Reader reader{std::move(name), std::move(usage),
+                [read](const KR::KRValue& v, const Options& o, Output& out) {
+                  std::vector<T> records;
+                  read(v, o.name, records);
+                  if (o.json) {
+                    printJson(out, records);
+                  } else {
+                    printList(out, records, "");
+                  }
+                }};
+  reader.list = true;
+  return reader;
 }
 
 template <typename T>
 Reader groupReader(std::string name, std::string usage, GroupReadFunction<T> read) {
-  return {std::move(name), std::move(usage),
-          [read](const KR::KRValue& v, const Options& o, Output& out) {
-            std::vector<std::vector<T>> groups;
-            read(v, o.name, o.singleGroup, groups);
-            if (o.json) {
-              printJson(out, groups);
-            } else {
-              printGroups(out, groups);
-            }
-          }};
+  Reader reader{std::move(name), std::move(usage),
+                [read](const KR::KRValue& v, const Options& o, Output& out) {
+                  std::vector<std::vector<T>> groups;
+                  read(v, o.name, o.singleGroup, groups);
+                  if (o.json) {
+                    printJson(out, groups);
+                  } else {
+                    printGroups(out, groups);
+                  }
+                }};
+  reader.list = true;
+  return reader;
 }
 
 /// Reads the input text with `read`, writes the result with `write` and

@@ -77,6 +77,7 @@ void addListCommands(Commands& c) {
                          extractVectorFloatsFromKRValue(v, o.name, floats);
                          printBracketed(out, floats, formatFloat);
                        }});
+  c.readers.back().list = true;
   c.readers.push_back({"float-groups",
                        "NUMBER, [NUMBER, ...], [[NUMBER, ...]] or a list of numbers and "
                        "lists; prints \"group i: [..]\" per group (uses --single-group)",
@@ -85,12 +86,14 @@ void addListCommands(Commands& c) {
                          extractVectorFloatsFromKRValue(v, o.name, o.singleGroup, groups);
                          printGroups(out, o, groups);
                        }});
+  c.readers.back().list = true;
   c.readers.push_back({"strings", "STRING or [STRING, ...]; prints the strings quoted",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<std::string> strings;
                          extractVectorStringsFromKRValue(v, o.name, strings);
                          printBracketed(out, strings, formatString);
                        }});
+  c.readers.back().list = true;
   c.readers.push_back({"bools",
                        "BOOL or NUMBER (repeated --count times) or [BOOL, ...], other "
                        "elements skipped; prints the bools",

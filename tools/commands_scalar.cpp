@@ -135,6 +135,7 @@ void addScalarCommands(Commands& c) {
                          extractVectorAxisMaskFromKRValue(v, o.name, masks);
                          printList(out, o, masks, formatMask, maskValue);
                        }});
+  c.readers.back().list = true;
   c.readers.push_back({"frame", "INT; prints the frame",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          KR::Math::FRAME frame = KR::Math::FRAME_TORSO;
@@ -151,6 +152,7 @@ void addScalarCommands(Commands& c) {
                          extractVectorFrameFromKRValue(v, o.name, frames);
                          printList(out, o, frames, formatFrame, frameValue);
                        }});
+  c.readers.back().list = true;
   c.readers.push_back({"duration",
                        "[SECONDS, MICROSECONDS]; prints the nanoseconds (--json: the "
                        "duration as the duration writer lays it out)",

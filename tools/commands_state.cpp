@@ -179,6 +179,7 @@ void addStateCommands(Commands& c) {
                        "[[NAMES, \"Safe\"|\"Immediate\"|[ANGLE, ...]|[MODE, ...]], ...]; prints "
                        "each request's names, modes and angles",
                        readRestRequests});
+  c.readers.back().list = true;
   c.readers.push_back({"reflex-mode", "STRING; prints the mode's name and number",
                        readReflexMode});
   c.readers.push_back({"rest-request-comparison",
@@ -192,6 +193,7 @@ void addStateCommands(Commands& c) {
   c.readers.push_back({"support-sequences",
                        "[[NAME, FLOATS, BOOLS], ...] with different names; prints each sequence",
                        readSupportSequences});
+  c.readers.back().list = true;
 
   c.writers.push_back({"rest-requests",
                        "a rest-requests value; reads it and prints what the writer makes of it",

@@ -194,13 +194,16 @@ void addStatusCommands(Commands& c) {
                        "[[NAME, BOOL], ...] or []; prints each name and whether it is touched "
                        "(the first entry of a name wins)",
                        readTouch});
+  c.readers.back().list = true;
   c.readers.push_back({"touch-with-ints",
                        "[[NAME, BOOL, [INT, ...]], ...] or []; prints each name, its bool and "
                        "its int (0 without a non-empty third element)",
                        readTouchWithInts});
+  c.readers.back().list = true;
   c.readers.push_back({"navigation",
                        "[[ANY, ANY, POSITION2DS], ...]; prints every position in order",
                        readNavigation});
+  c.readers.back().list = true;
   c.readers.push_back({"metrical-data",
                        "[LABEL1, LABEL2, [[X, Y, Z], ...], [16 NUMBERS], [SECONDS, "
                        "MICROSECONDS]]; prints the labels, transform, points and duration",

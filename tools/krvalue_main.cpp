@@ -3,6 +3,7 @@
 //   krvalue read READER 'VALUE' [--name NAME] [--field FIELD] [--min A --max B] [--json]
 //   krvalue read READER --lines [options]      one value per line of standard input
 //   krvalue write WRITER 'INPUT' [options]     (or --lines)
+//   krvalue check READER 'VALUE' [options]     every bad element of a list, one line each
 //   krvalue list
 //   krvalue path 'DESCRIPTION' [--start X,Y,THETA] [--name NAME] [--svg FILE]
 //       [--direct] [--factory]
@@ -13,7 +14,8 @@
 //
 // VALUE and DESCRIPTION are the JSON text form of a KR::KRValue ("-" reads
 // it from standard input). Results go to standard output, everything else to
-// standard error: the library's message (exit status 1), unusable input such
+// standard error: the library's message (exit status 1) followed by where in
+// the value it failed ("krvalue: at [287][1]"), unusable input such
 // as bad text, an unknown reader or a malformed option (status 2), a failure
 // to write the output or to get memory (status 3), and warnings.
 #include "commands.h"
@@ -21,10 +23,12 @@
 #include "paths.h"
 
 #include <kr/krvaluetext.h>
+#include <kr/valueutils/locate.h>
 #include <zu/log.h>
 
 #include <CLI/CLI.hpp>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -78,6 +82,40 @@ std::string readInput(const std::string& argument) {
   return argument == "-" ? readStandardInput() : argument;
 }
 
+/// A reader's failure located in the value it read.
+struct LocatedFailure : std::runtime_error {
+  LocatedFailure(const KR::ValueUtils::Failure& failure)
+      : std::runtime_error(failure.message), path(failure.path) {}
+  std::vector<unsigned int> path;
+};
+
+/// Runs `body`, which reads `value`; a library failure comes out as a
+/// LocatedFailure. The tool's own usage errors pass through as they are.
+void runLocated(const KR::KRValue& value, const std::function<void()>& body) {
+  std::optional<krvaluetool::UsageError> usage;
+  const auto failure = KR::ValueUtils::locateFailure(value, [&] {
+    try {
+      body();
+    } catch (const krvaluetool::UsageError& e) {
+      usage = e;
+    }
+  });
+  if (usage) {
+    throw *usage;
+  }
+  if (failure) {
+    throw LocatedFailure(*failure);
+  }
+}
+
+/// Where a failure is, for a person: "[287][1]", or "the whole value".
+std::string describePath(const std::vector<unsigned int>& path) {
+  if (path.empty()) {
+    return "the whole value";
+  }
+  return KR::ValueUtils::Failure{"", path}.pathText();
+}
+
 template <typename Command>
 const Command* find(const std::vector<Command>& commands, const std::string& name) {
   for (const Command& command : commands) {
@@ -121,12 +159,24 @@ int finish(Output& out, int status) {
   return kToolFailure;
 }
 
-/// Runs a command that prints to `out`. Returns the exit status; `message`
+/// What went wrong in a command: its message and, for a located library
+/// failure, where in the value.
+struct Problem {
+  std::string message;
+  std::optional<std::vector<unsigned int>> path;
+};
+
+/// Runs a command that prints to `out`. Returns the exit status; `problem`
 /// gets what went wrong.
-int attempt(const std::function<void()>& body, std::string& message) {
+int attempt(const std::function<void()>& body, Problem& problem) {
+  std::string& message = problem.message;
   try {
     body();
     return 0;
+  } catch (const LocatedFailure& e) {
+    message = e.what();
+    problem.path = e.path;
+    return kLibraryError;
   } catch (const krvaluetool::UsageError& e) {
     message = e.what();
     return kUnusableInput;
@@ -142,12 +192,15 @@ int attempt(const std::function<void()>& body, std::string& message) {
 /// Runs one command on one input and prints its result followed by a newline,
 /// or its message on standard error.
 int runOnce(Output& out, const std::function<void(Output&)>& body) {
-  std::string message;
-  const int status = attempt([&] { body(out); }, message);
+  Problem problem;
+  const int status = attempt([&] { body(out); }, problem);
   if (status != 0) {
-    // The library's message exactly as it was thrown; the tool's own
-    // messages name the tool.
-    std::cerr << (status == kLibraryError ? "" : "krvalue: ") << message << "\n";
+    // The library's message exactly as it was thrown, then where it failed;
+    // the tool's own messages name the tool.
+    std::cerr << (status == kLibraryError ? "" : "krvalue: ") << problem.message << "\n";
+    if (problem.path) {
+      std::cerr << "krvalue: at " << describePath(*problem.path) << "\n";
+    }
     return finish(out, status);
   }
   out << '\n';
@@ -196,11 +249,20 @@ int runLines(Output& out, const std::function<void(const std::string&, Output&)>
   int worst = 0;
   std::string line;
   while (std::getline(std::cin, line)) {
-    std::string message;
-    const int status = attempt([&] { body(line, out); }, message);
+    Problem problem;
+    const int status = attempt([&] { body(line, out); }, problem);
     if (status != 0) {
-      out << "{\"error\": " << KR::printKRValue(KR::KRValue(message)) << ", \"status\": " << status
-          << "}";
+      out << "{\"error\": " << KR::printKRValue(KR::KRValue(problem.message))
+          << ", \"status\": " << status;
+      if (problem.path) {
+        KR::KRValue path;
+        path.arraySetSize(0);
+        for (const unsigned int index : *problem.path) {
+          path.arrayPush(KR::KRValue(static_cast<int>(index)));
+        }
+        out << ", \"path\": " << KR::printKRValue(path);
+      }
+      out << "}";
       ++failed;
       worst = std::max(worst, status);
     }
@@ -213,6 +275,98 @@ int runLines(Output& out, const std::function<void(const std::string&, Output&)>
   }
   progress.end(lines, failed);
   return finish(out, worst);
+}
+
+/// One failure found by `krvalue check`.
+struct Found {
+  std::vector<unsigned int> path;
+  std::string message;
+};
+
+/// Output that goes nowhere: /dev/null, closed again at the end.
+class Discarded {
+ public:
+  Discarded() : fd_(::open("/dev/null", O_WRONLY | O_CLOEXEC)), out_(fd_) {}
+  ~Discarded() { ::close(fd_); }
+  Discarded(const Discarded&) = delete;
+  Discarded& operator=(const Discarded&) = delete;
+  Output& out() { return out_; }
+
+ private:
+  int fd_;
+  Output out_;
+};
+
+/// The failure of `reader` on `value`, located, or nothing. What the reader
+/// prints is thrown away.
+std::optional<KR::ValueUtils::Failure> tryReader(const krvaluetool::Reader& reader,
+                                                 const KR::KRValue& value, const Options& options,
+                                                 Output& discard) {
+  return KR::ValueUtils::locateFailure(value, [&] { reader.run(value, options, discard); });
+}
+
+/// Every failure of `reader` on `value`: for a list reader, each element read
+/// on its own as a list of one, so that every bad element is found; the
+/// reader's failure on the whole value when no element fails alone (an empty
+/// list, say, or names repeated across elements).
+std::vector<Found> checkAll(const krvaluetool::Reader& reader, const KR::KRValue& value,
+                            const Options& options) {
+  Discarded discarded;
+  Output& discard = discarded.out();
+  const auto whole = tryReader(reader, value, options, discard);
+  if (!whole) {
+    return {};
+  }
+  std::vector<Found> found;
+  if (reader.list && value.isArray()) {
+    KR::KRValue single;
+    single.arraySetSize(1);
+    for (unsigned int i = 0; i < value.getSize(); ++i) {
+      single[0] = value[static_cast<int>(i)];
+      const auto failure = tryReader(reader, single, options, discard);
+      if (!failure) {
+        continue;
+      }
+      // The path leads through the list of one: its first index becomes i.
+      std::vector<unsigned int> path = failure->path;
+      if (path.empty()) {
+        path.push_back(i);
+      } else {
+        path[0] = i;
+      }
+      found.push_back({std::move(path), failure->message});
+    }
+  }
+  if (found.empty()) {
+    found.push_back({whole->path, whole->message});
+  }
+  return found;
+}
+
+/// `krvalue check`: one line per failure, "[287][1]: MESSAGE" ("whole value:
+/// MESSAGE" for a failure of the value as such), then a summary. Returns the
+/// exit status: 0 when nothing failed, else 1.
+int runCheck(Output& out, const krvaluetool::Reader& reader, const KR::KRValue& value,
+             const Options& options) {
+  const std::vector<Found> found = checkAll(reader, value, options);
+  for (const Found& failure : found) {
+    out << (failure.path.empty() ? std::string("whole value")
+                                 : KR::ValueUtils::Failure{"", failure.path}.pathText())
+        << ": " << failure.message;
+    if (failure.message.empty() || failure.message.back() != '\n') {
+      out << '\n';
+    }
+  }
+  if (found.empty()) {
+    out << "ok: " << reader.name << " accepts the value\n";
+    return 0;
+  }
+  out << found.size() << (found.size() == 1 ? " failure" : " failures");
+  if (reader.list && value.isArray() && !found.front().path.empty()) {
+    out << " in " << static_cast<std::size_t>(value.getSize()) << " elements";
+  }
+  out << '\n';
+  return kLibraryError;
 }
 
 void addOptions(CLI::App* command, Options& options) {
@@ -294,6 +448,13 @@ int main(int argc, char** argv) {
   write->add_flag("--lines", lines, "read one input per line of standard input");
   addOptions(write, options);
 
+  CLI::App* check = app.add_subcommand(
+      "check", "run a reader on a value and list every failure with where it is; a list "
+               "reader reads each element on its own, so every bad element is found");
+  check->add_option("READER", commandName, "reader name (see: krvalue list)")->required();
+  check->add_option("VALUE", input, "value as JSON text, or - for standard input")->required();
+  addOptions(check, options);
+
   app.add_subcommand("list", "list every reader and writer");
 
   PathOptions pathOptions;
@@ -330,9 +491,30 @@ int main(int argc, char** argv) {
   if (path->parsed() || trajectory->parsed()) {
     return runOnce(out, [&](Output& o) {
       const KR::KRValue description = krvaluetool::parseInput(readInput(input));
-      o << (path->parsed() ? krvaluetool::runPath(description, pathOptions)
-                           : krvaluetool::runTrajectory(description, pathOptions));
+      std::string result;
+      runLocated(description, [&] {
+        result = path->parsed() ? krvaluetool::runPath(description, pathOptions)
+                                : krvaluetool::runTrajectory(description, pathOptions);
+      });
+      o << result;
     });
+  }
+  if (check->parsed()) {
+    const krvaluetool::Reader* reader = find(commands.readers, commandName);
+    if (reader == nullptr) {
+      std::cerr << "krvalue: unknown reader '" << commandName << "' (see: krvalue list)\n";
+      return kUnusableInput;
+    }
+    int status = 0;
+    Problem problem;
+    const int ran = attempt(
+        [&] { status = runCheck(out, *reader, krvaluetool::parseInput(readInput(input)), options); },
+        problem);
+    if (ran != 0) {
+      std::cerr << "krvalue: " << problem.message << "\n";
+      return finish(out, ran);
+    }
+    return finish(out, status);
   }
 
   const bool reading = read->parsed();
@@ -351,13 +533,14 @@ int main(int argc, char** argv) {
       return runOnce(out, [&](Output& o) {
         // The text is dropped once parsed: only the value is needed from here.
         const KR::KRValue value = krvaluetool::parseInput(readInput(input));
-        reader->run(value, options, o);
+        runLocated(value, [&] { reader->run(value, options, o); });
       });
     }
     // --lines prints every result as one line of value text.
     options.json = true;
     body = [reader, &options](const std::string& text, Output& o) {
-      reader->run(krvaluetool::parseInput(text), options, o);
+      const KR::KRValue value = krvaluetool::parseInput(text);
+      runLocated(value, [&] { reader->run(value, options, o); });
     };
   } else {
     const krvaluetool::Writer* writer = find(commands.writers, commandName);

@@ -42,7 +42,7 @@ kr_tool_check(krvalue_library_message_on_stderr
   ARGUMENTS read float "\"a\"" --name speed --field x
   STATUS 1
   OUTPUT "^$"
-  ERRORS "^speed x: Expected a float\n$")
+  ERRORS "^speed x: Expected a float\nkrvalue: at the whole value\n$")
 kr_tool_check(krvalue_trailing_bytes_are_unusable_input
   ARGUMENTS read floats "[1, 2, 3] x"
   STATUS 2
@@ -93,8 +93,39 @@ kr_tool_check(krvalue_lines
   ARGUMENTS read pose2d --lines
   INPUT "[1, 2, 3]\n[1, 2]\n[1, 2, 3] x\n"
   STATUS 2
-  OUTPUT "^\\[1\\.0, 2\\.0, 3\\.0\\]\n{\"error\": \"KRMotion: value Pose2D is not valid\\. It has to be \\[x, y, theta\\]\\.\", \"status\": 1}\n{\"error\": \"KRValue text: syntax error at line 1, column 11 \\(offset 10\\): invalid literal; last read: '3\\] x'; expected end of input\", \"status\": 2}\n$"
+  OUTPUT "^\\[1\\.0, 2\\.0, 3\\.0\\]\n{\"error\": \"KRMotion: value Pose2D is not valid\\. It has to be \\[x, y, theta\\]\\.\", \"status\": 1, \"path\": \\[\\]}\n{\"error\": \"KRValue text: syntax error at line 1, column 11 \\(offset 10\\): invalid literal; last read: '3\\] x'; expected end of input\", \"status\": 2}\n$"
   ERRORS "^$")
+
+# Where a reader failed: a second line on standard error, a "path" in --lines.
+kr_tool_check(krvalue_failure_located
+  ARGUMENTS read pose2ds "[[1, 2, 3], [4, \"y\", 6]]" --name waypoints
+  STATUS 1
+  OUTPUT "^$"
+  ERRORS "^waypoints y: Expected a float\nkrvalue: at \\[1\\]\\[1\\]\n$")
+kr_tool_check(krvalue_lines_located
+  ARGUMENTS read position3ds --lines
+  INPUT "[[1, 2, 3], [4, 5, 6], [7, 8, null]]\n"
+  STATUS 1
+  OUTPUT "^{\"error\": \"value z: Expected a float but found an invalid KRValue\", \"status\": 1, \"path\": \\[2, 2\\]}\n$")
+kr_tool_check(krvalue_path_located
+  ARGUMENTS path "[\"Composed\", [\"Line\", [1, 0]], [\"Circle\", [0, \"r\"], 1]]" --name p
+  STATUS 1
+  OUTPUT "^$"
+  ERRORS "^p y: Expected a float\nkrvalue: at \\[2\\]\\[1\\]\\[1\\]\n$")
+# check: every bad element of a list, one line each, then a summary.
+kr_tool_check(krvalue_check_lists_every_bad_element
+  ARGUMENTS check pose2ds "[[1, 2, 3], [4, \"y\", 6], [1, 2], [7, 8, 9]]" --name waypoints
+  STATUS 1
+  OUTPUT "^\\[1\\]\\[1\\]: waypoints y: Expected a float\n\\[2\\]: KRMotion: waypoints Pose2D is not valid\\. It has to be \\[x, y, theta\\]\\.\n2 failures in 4 elements\n$"
+  ERRORS "^$")
+kr_tool_check(krvalue_check_whole_value
+  ARGUMENTS check support-sequences "[[\"a\", [], []], [\"a\", [], []]]"
+  STATUS 1
+  OUTPUT "^\\[1\\]\\[0\\]: KRMotion: value At least two support sequences containt the same name\\.\n1 failure in 2 elements\n$")
+kr_tool_check(krvalue_check_ok
+  ARGUMENTS check floats "[1, 2.5]"
+  STATUS 0
+  OUTPUT "^ok: floats accepts the value\n$")
 
 # A reader of the output that goes away: status 3 at once, no message.
 # 100,000 lines of output fill the pipe long after `head` has read its line.
