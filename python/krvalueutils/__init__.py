@@ -10,8 +10,69 @@ go to the logging logger "KRValueUtils".
 
 from ._krvalueutils import *  # noqa: F401,F403
 
-from typing import List, Union
+from typing import Any as _Any, Callable as _Callable, List as _List, Tuple as _Tuple, Union as _Union
+
+from . import _krvalueutils
 
 #: A value as plain Python objects, as readers take them and writers return
 #: them: None (the invalid value), bool, int, float, str or a list of values.
-Value = Union[None, bool, int, float, str, List["Value"]]
+Value = _Union[None, bool, int, float, str, _List["Value"]]
+
+# The readers check() knows, by the krvalue tool's names, and whether each is
+# a list reader (whose elements check() reads one at a time).
+_CHECKED: "dict[str, _Tuple[str, bool]]" = {
+    "check-array": ("check_array_from_krvalue", False),
+    "position2d": ("extract_position2d_from_krvalue", False),
+    "pose2d": ("extract_pose2d_from_krvalue", False),
+    "pose2d-and-time": ("extract_pose2d_and_time_from_krvalue", False),
+    "position3d": ("extract_position3d_from_krvalue", False),
+    "position6d": ("extract_position6d_from_krvalue", False),
+    "transform": ("extract_transform_from_krvalue", False),
+    "position2ds": ("extract_vector_position2d_from_krvalue", True),
+    "pose2ds": ("extract_vector_pose2d_from_krvalue", True),
+    "pose2d-and-times": ("extract_vector_pose2d_and_time_from_krvalue", True),
+    "position3ds": ("extract_vector_position3d_from_krvalue", True),
+    "position6ds": ("extract_vector_position6d_from_krvalue", True),
+    "transforms": ("extract_vector_transform_from_krvalue", True),
+    "floats": ("extract_vector_floats_from_krvalue", True),
+    "strings": ("extract_vector_strings_from_krvalue", True),
+    "axis-masks": ("extract_vector_axis_mask_from_krvalue", True),
+    "frames": ("extract_vector_frame_from_krvalue", True),
+    "axis-mask": ("extract_axis_mask_from_krvalue", False),
+    "frame": ("extract_frame_from_krvalue", False),
+    "key": ("extract_key_from_krvalue", False),
+    "rest-requests": ("extract_vector_rest_request_from_krvalue", True),
+    "support-sequence": ("extract_support_sequence_from_krvalue", False),
+    "support-sequences": ("extract_vector_support_sequence_from_krvalue", True),
+    "touch": ("extract_touch_from_krvalue", True),
+    "navigation": ("extract_navigation_from_krvalue", True),
+    "metrical-data": ("extract_metrical_data_from_krvalue", False),
+    "path": ("extract_path2d_builder_from_krvalue", False),
+    "direct-path": ("extract_direct_path2d_builder_from_krvalue", False),
+}
+
+
+def check(reader_name: str, value: _Any, name: str = "value") -> "list[tuple[tuple[int, ...], str]]":
+    """Every failure of a reader on `value`, as (path, message) pairs; [] when
+    it accepts the value. `reader_name` is the krvalue tool's name of the
+    reader ("pose2ds"). A list reader reads each element on its own, as a list
+    of one, so every bad element is found; when no element fails alone (an
+    empty list, names repeated across elements), the reader's failure on the
+    whole value is the one pair. ValueError for an unknown reader name."""
+    if reader_name not in _CHECKED:
+        raise ValueError(f"unknown reader {reader_name!r}; known: {', '.join(sorted(_CHECKED))}")
+    function_name, is_list = _CHECKED[reader_name]
+    read: _Callable[..., object] = getattr(_krvalueutils, function_name)
+    try:
+        read(value, name)
+        return []
+    except _krvalueutils.KRValueError as error:
+        whole = (tuple(error.path), str(error))
+    found = []
+    if is_list and isinstance(value, (list, tuple)):
+        for index, element in enumerate(value):
+            try:
+                read([element], name)
+            except _krvalueutils.KRValueError as error:
+                found.append(((index,) + tuple(error.path)[1:], str(error)))
+    return found or [whole]

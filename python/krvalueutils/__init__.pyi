@@ -23,6 +23,15 @@ _Seconds = Union[Fraction, int]
 
 LOGGER_NAME: str
 
+class KRValueError(RuntimeError):
+    """A reader's failure: the library's exact message, where in the argument
+    it failed and the argument's name."""
+    path: tuple[int, ...]
+    argument: str
+
+def check(reader_name: str, value: _ValueLike, name: str = ...) -> list[tuple[tuple[int, ...], str]]:
+    """Every failure of a reader on `value`, as (path, message) pairs."""
+
 class _pybind11_type(type):
     """The metaclass pybind11 gives every class of the module."""
 

@@ -25,7 +25,7 @@ void defRecordReader(py::module_& m, const char* name,
       name,
       [reader](const KRValue& value, const std::string& argument) {
         Record record;
-        reader(value, argument, record);
+        located(value, argument, [&] { reader(value, argument, record); });
         return record;
       },
       py::arg("value"), py::arg("name"), doc);
@@ -42,7 +42,7 @@ void defArrayReader(py::module_& m, const char* name,
         std::vector<Record> records;
         {
           const ReleaseIfLarge release(value);
-          reader(value, argument, records);
+          located(value, argument, [&] { reader(value, argument, records); });
         }
         return toArray(records, K);
       },
@@ -95,7 +95,9 @@ void bindReaders(py::module_& m) {
         std::vector<M::Position6D> records;
         {
           const ReleaseIfLarge release(value);
-          VU::extractVectorPosition6DFromKRValue(value, name, records);
+          located(value, name, [&] {
+            VU::extractVectorPosition6DFromKRValue(value, name, records);
+          });
         }
         return toArray(records, 6);
       },
@@ -107,7 +109,9 @@ void bindReaders(py::module_& m) {
         std::vector<std::vector<M::Position6D>> groups;
         {
           const ReleaseIfLarge release(value);
-          VU::extractVectorPosition6DFromKRValue(value, name, isSingleGroup, groups);
+          located(value, name, [&] {
+            VU::extractVectorPosition6DFromKRValue(value, name, isSingleGroup, groups);
+          });
         }
         py::list out;
         for (const auto& group : groups) {
@@ -123,7 +127,9 @@ void bindReaders(py::module_& m) {
         std::vector<M::Transform> records;
         {
           const ReleaseIfLarge release(value);
-          VU::extractVectorTransformFromKRValue(value, name, records);
+          located(value, name, [&] {
+            VU::extractVectorTransformFromKRValue(value, name, records);
+          });
         }
         return records;
       },
@@ -134,7 +140,9 @@ void bindReaders(py::module_& m) {
         std::vector<std::vector<M::Transform>> groups;
         {
           const ReleaseIfLarge release(value);
-          VU::extractVectorTransformFromKRValue(value, name, isSingleGroup, groups);
+          located(value, name, [&] {
+            VU::extractVectorTransformFromKRValue(value, name, isSingleGroup, groups);
+          });
         }
         return groups;
       },

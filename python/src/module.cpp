@@ -6,6 +6,9 @@
 #include <kr/krvaluetext.h>
 #include <zu/log.h>
 
+#include <pybind11/stl.h>
+
+#include <exception>
 #include <string>
 
 namespace krpy {
@@ -60,6 +63,32 @@ void bindText(py::module_& m) {
       py::arg("value"), "The compact JSON text form of a value: \"[1, 2.5, \\\"x\\\", null]\".");
 }
 
+}  // namespace
+
+void bindErrors(py::module_& m) {
+  // The type outlives every call: the module keeps it, and so does this
+  // function's static.
+  static py::exception<ReaderError> type(m, "KRValueError", PyExc_RuntimeError);
+  type.doc() =
+      "A reader's failure: the library's exact message (str(error)), `path`, the indices "
+      "from the argument down to the element whose check failed (() for the argument "
+      "itself), and `argument`, the name the reader was given.";
+  py::register_exception_translator([](std::exception_ptr raised) {
+    try {
+      if (raised) {
+        std::rethrow_exception(raised);
+      }
+    } catch (const ReaderError& e) {
+      py::object error = py::handle(type.ptr())(e.what());
+      error.attr("path") = py::tuple(py::cast(e.path));
+      error.attr("argument") = e.argument;
+      PyErr_SetObject(type.ptr(), error.ptr());
+    }
+  });
+}
+
+namespace {
+
 void subscribeLogging(py::module_& m) {
   const zu::log::HandlerId id = zu::log::subscribe(&forwardToLogging);
   // Unsubscribe before the interpreter goes away, so that a warning logged
@@ -76,6 +105,7 @@ PYBIND11_MODULE(_krvalueutils, m) {
   m.doc() =
       "Checked conversions between plain Python values and robot records (C++ "
       "libkrvalueutils).";
+  krpy::bindErrors(m);
   krpy::bindRecords(m);
   krpy::bindText(m);
   krpy::bindScalars(m);

@@ -209,7 +209,9 @@ void defTrajectoryReader(py::module_& m, const char* name,
         const T::Limits firstLimits = toLimits(first);
         const T::Limits secondLimits = toLimits(second);
         Builder builder;
-        reader(value, argument, periodSeconds, firstLimits, secondLimits, parameter, builder);
+        located(value, argument, [&] {
+          reader(value, argument, periodSeconds, firstLimits, secondLimits, parameter, builder);
+        });
         return TrajectoryBuilder{builder};
       },
       py::arg("value"), py::arg("name"), py::arg("period"), py::arg("first_limits"),
@@ -221,7 +223,9 @@ void bindReaders(py::module_& m) {
       "extract_direct_path2d_builder_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         boost::function<T::KRDirectPath2D*(const M::Pose2D&)> builder;
-        VU::extractDirectPath2DBuilderFromKRValue(value, name, builder);
+        located(value, name, [&] {
+          VU::extractDirectPath2DBuilderFromKRValue(value, name, builder);
+        });
         return PathBuilder{builder};
       },
       py::arg("value"), py::arg("name"),
@@ -230,21 +234,27 @@ void bindReaders(py::module_& m) {
       "extract_path2d_builder_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         PathBuilder builder;
-        VU::extractPath2DBuilderFromKRValue(value, name, builder.build);
+        located(value, name, [&] {
+          VU::extractPath2DBuilderFromKRValue(value, name, builder.build);
+        });
         return builder;
       },
       py::arg("value"), py::arg("name"), "A direct or \"Composed\" path as a PathBuilder.");
   m.def(
       "extract_direct_path2d_into_trajectory_factory",
       [](const KRValue& value, const std::string& name, py::handle factory) {
-        VU::extractDirectPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+        located(value, name, [&] {
+          VU::extractDirectPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+        });
       },
       py::arg("value"), py::arg("name"), py::arg("factory"),
       "Adds one direct path to `factory` (nothing on failure).");
   m.def(
       "extract_path2d_into_trajectory_factory",
       [](const KRValue& value, const std::string& name, py::handle factory) {
-        VU::extractPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+        located(value, name, [&] {
+          VU::extractPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+        });
       },
       py::arg("value"), py::arg("name"), py::arg("factory"),
       "Adds a direct or composed path to `factory`, piece by piece (no rollback).");

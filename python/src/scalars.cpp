@@ -28,22 +28,46 @@ void bindNumbers(py::module_& m) {
       py::arg("min"), py::arg("max"), py::arg("data"), py::arg("name"), py::arg("field_name"),
       "Returns `data` clipped into [min, max] (bounds in either order); a changed number is "
       "logged as a warning.");
-  m.def("extract_float_and_clip", &VU::extractFloatAndClip, py::arg("value"), py::arg("min"),
-        py::arg("max"), py::arg("name"), py::arg("field_name"),
-        "extract_float, then clip_and_warn; returns the clipped number.");
-  m.def("check_array_from_krvalue", &VU::checkArrayFromKRValue, py::arg("value"),
-        py::arg("name"),
-        "Returns None when `value` is a non-empty list; raises RuntimeError otherwise.");
-  m.def("extract_float", &VU::extractFloat, py::arg("value"), py::arg("name"),
-        py::arg("field_name"), "A float, or an int converted to float.");
-  m.def("extract_int_from_krvalue", &VU::extractIntFromKRValue, py::arg("value"),
-        py::arg("name"), py::arg("field_name"),
-        "An int, or a float truncated toward zero (clamped to the int range).");
+  m.def(
+      "extract_float_and_clip",
+      [](const KRValue& value, float min, float max, const std::string& name,
+         const std::string& field) {
+        float f = 0.0f;
+        located(value, name, [&] { f = VU::extractFloatAndClip(value, min, max, name, field); });
+        return f;
+      },
+      py::arg("value"), py::arg("min"), py::arg("max"), py::arg("name"), py::arg("field_name"),
+      "extract_float, then clip_and_warn; returns the clipped number.");
+  m.def(
+      "check_array_from_krvalue",
+      [](const KRValue& value, const std::string& name) {
+        located(value, name, [&] { VU::checkArrayFromKRValue(value, name); });
+      },
+      py::arg("value"), py::arg("name"),
+      "Returns None when `value` is a non-empty list; raises KRValueError otherwise.");
+  m.def(
+      "extract_float",
+      [](const KRValue& value, const std::string& name, const std::string& field) {
+        float f = 0.0f;
+        located(value, name, [&] { f = VU::extractFloat(value, name, field); });
+        return f;
+      },
+      py::arg("value"), py::arg("name"), py::arg("field_name"),
+      "A float, or an int converted to float.");
+  m.def(
+      "extract_int_from_krvalue",
+      [](const KRValue& value, const std::string& name, const std::string& field) {
+        int i = 0;
+        located(value, name, [&] { i = VU::extractIntFromKRValue(value, name, field); });
+        return i;
+      },
+      py::arg("value"), py::arg("name"), py::arg("field_name"),
+      "An int, or a float truncated toward zero (clamped to the int range).");
   m.def(
       "extract_axis_mask_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         std::bitset<6> mask;
-        VU::extractAxisMaskFromKRValue(value, name, mask);
+        located(value, name, [&] { VU::extractAxisMaskFromKRValue(value, name, mask); });
         return static_cast<int>(mask.to_ulong());
       },
       py::arg("value"), py::arg("name"), "An axis mask (an int whose low six bits are used).");
@@ -51,7 +75,7 @@ void bindNumbers(py::module_& m) {
       "extract_frame_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         KR::Math::FRAME frame = KR::Math::FRAME_TORSO;
-        VU::extractFrameFromKRValue(value, name, frame);
+        located(value, name, [&] { VU::extractFrameFromKRValue(value, name, frame); });
         return static_cast<int>(frame);
       },
       py::arg("value"), py::arg("name"), "A frame: 0 torso, 1 world, 2 robot.");
@@ -59,7 +83,7 @@ void bindNumbers(py::module_& m) {
       "extract_vector_axis_mask_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         std::vector<std::bitset<6>> masks;
-        VU::extractVectorAxisMaskFromKRValue(value, name, masks);
+        located(value, name, [&] { VU::extractVectorAxisMaskFromKRValue(value, name, masks); });
         std::vector<int> out;
         out.reserve(masks.size());
         for (const auto& mask : masks) {
@@ -72,7 +96,7 @@ void bindNumbers(py::module_& m) {
       "extract_vector_frame_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         std::vector<KR::Math::FRAME> frames;
-        VU::extractVectorFrameFromKRValue(value, name, frames);
+        located(value, name, [&] { VU::extractVectorFrameFromKRValue(value, name, frames); });
         return std::vector<int>(frames.begin(), frames.end());
       },
       py::arg("value"), py::arg("name"), "A list of frames; a single number is a list of one.");
@@ -106,7 +130,7 @@ void bindLists(py::module_& m) {
         std::vector<float> floats;
         {
           const ReleaseIfLarge release(value);
-          VU::extractVectorFloatsFromKRValue(value, name, floats);
+          located(value, name, [&] { VU::extractVectorFloatsFromKRValue(value, name, floats); });
         }
         return toArray(floats, 1, true);
       },
@@ -118,7 +142,9 @@ void bindLists(py::module_& m) {
         std::vector<std::vector<float>> groups;
         {
           const ReleaseIfLarge release(value);
-          VU::extractVectorFloatsFromKRValue(value, name, isSingleGroup, groups);
+          located(value, name, [&] {
+            VU::extractVectorFloatsFromKRValue(value, name, isSingleGroup, groups);
+          });
         }
         py::list out;
         for (const auto& group : groups) {
@@ -132,7 +158,7 @@ void bindLists(py::module_& m) {
       "extract_vector_strings_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         std::vector<std::string> strings;
-        VU::extractVectorStringsFromKRValue(value, name, strings);
+        located(value, name, [&] { VU::extractVectorStringsFromKRValue(value, name, strings); });
         return strings;
       },
       py::arg("value"), py::arg("name"), "A list of strings; a single string is a list of one.");
@@ -140,7 +166,7 @@ void bindLists(py::module_& m) {
       "extract_vector_bools_from_krvalue",
       [](const KRValue& value, unsigned int count, const std::string& name) {
         std::vector<bool> bools;
-        VU::extractVectorBoolsFromKRValue(value, count, name, bools);
+        located(value, name, [&] { VU::extractVectorBoolsFromKRValue(value, count, name, bools); });
         return bools;
       },
       py::arg("value"), py::arg("count"), py::arg("name"),
@@ -149,7 +175,9 @@ void bindLists(py::module_& m) {
       "extract_key_value_map_from_krvalue",
       [](const KRValue& value, const std::string& name, bool skipSecondElement) {
         std::map<std::string, KRValue> map;
-        VU::extractKeyValueMapFromKRValue(value, name, skipSecondElement, map);
+        located(value, name, [&] {
+          VU::extractKeyValueMapFromKRValue(value, name, skipSecondElement, map);
+        });
         return map;
       },
       py::arg("value"), py::arg("name"), py::arg("skip_second_element"),
@@ -162,7 +190,7 @@ void bindMotion(py::module_& m) {
       "extract_key_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         Key key;
-        VU::extractKeyFromKRValue(value, name, key);
+        located(value, name, [&] { VU::extractKeyFromKRValue(value, name, key); });
         return key;
       },
       py::arg("value"), py::arg("name"),
@@ -173,8 +201,10 @@ void bindMotion(py::module_& m) {
       [](const std::vector<float>& times, const KRValue& value, const std::string& name,
          float minTime) {
         std::vector<std::pair<float, Key>> keys;
-        const bool result = VU::extractVectorOfGenericControlPoints(times, value, name, minTime,
-                                                                     keys);
+        bool result = false;
+        located(value, name, [&] {
+          result = VU::extractVectorOfGenericControlPoints(times, value, name, minTime, keys);
+        });
         return std::make_pair(result, keys);
       },
       py::arg("times"), py::arg("value"), py::arg("name"), py::arg("min_time"),
@@ -185,7 +215,7 @@ void bindMotion(py::module_& m) {
       "decode_motion_config",
       [](const KRValue& value, const KRValue& name) {
         KRValue decoded;
-        VU::decodeMotionConfig(value, name, decoded);
+        located(value, name, [&] { VU::decodeMotionConfig(value, name, decoded); });
         return decoded;
       },
       py::arg("value"), py::arg("name"),

@@ -24,7 +24,9 @@ void bindRestRequests(py::module_& m) {
       "extract_vector_rest_request_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         std::vector<KR::RestRequest> requests;
-        VU::extractVectorRestRequestFromKRValue(value, name, requests);
+        located(value, name, [&] {
+          VU::extractVectorRestRequestFromKRValue(value, name, requests);
+        });
         return requests;
       },
       py::arg("value"), py::arg("name"), "[request, ...] as a list of RestRequest.");
@@ -53,7 +55,7 @@ void bindSupportSequences(py::module_& m) {
       "extract_support_sequence_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         M::SupportSequence sequence;
-        VU::extractSupportSequenceFromKRValue(value, name, sequence);
+        located(value, name, [&] { VU::extractSupportSequenceFromKRValue(value, name, sequence); });
         return sequence;
       },
       py::arg("value"), py::arg("name"), "[name, floats, bools] as a SupportSequence.");
@@ -61,7 +63,9 @@ void bindSupportSequences(py::module_& m) {
       "extract_vector_support_sequence_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         std::vector<M::SupportSequence> sequences;
-        VU::extractVectorSupportSequenceFromKRValue(value, name, sequences);
+        located(value, name, [&] {
+          VU::extractVectorSupportSequenceFromKRValue(value, name, sequences);
+        });
         return sequences;
       },
       py::arg("value"), py::arg("name"),
@@ -81,7 +85,7 @@ void bindStatus(py::module_& m) {
       "extract_temperature_status_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         KR::TemperatureStatus status;
-        VU::extractTemperatureStatusFromKRValue(value, status, name);
+        located(value, name, [&] { VU::extractTemperatureStatusFromKRValue(value, status, name); });
         return status;
       },
       py::arg("value"), py::arg("name"), "[level, [name, ...], ...] as a TemperatureStatus.");
@@ -90,7 +94,7 @@ void bindStatus(py::module_& m) {
       [](const KRValue& value, const std::string& name) {
         int level = 0;
         std::set<std::string> names;
-        VU::extractDiagnosisFromKRValue(value, level, names, name);
+        located(value, name, [&] { VU::extractDiagnosisFromKRValue(value, level, names, name); });
         return std::make_pair(level, names);
       },
       py::arg("value"), py::arg("name"),
@@ -100,11 +104,11 @@ void bindStatus(py::module_& m) {
       [](const KRValue& value, const std::string& name, bool withInts) -> py::object {
         if (withInts) {
           std::map<std::string, std::pair<bool, int>> touch;
-          VU::extractTouchFromKRValue(value, name, touch);
+          located(value, name, [&] { VU::extractTouchFromKRValue(value, name, touch); });
           return py::cast(touch);
         }
         std::map<std::string, bool> touch;
-        VU::extractTouchFromKRValue(value, name, touch);
+        located(value, name, [&] { VU::extractTouchFromKRValue(value, name, touch); });
         return py::cast(touch);
       },
       py::arg("value"), py::arg("name"), py::arg("with_ints") = false,
@@ -116,7 +120,7 @@ void bindStatus(py::module_& m) {
         std::vector<M::Position2D> positions;
         {
           const ReleaseIfLarge release(value);
-          VU::extractNavigationFromKRValue(value, name, positions);
+          located(value, name, [&] { VU::extractNavigationFromKRValue(value, name, positions); });
         }
         return toArray(positions, 2);
       },
@@ -126,7 +130,7 @@ void bindStatus(py::module_& m) {
       "extract_metrical_data_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         M::MetricalData data;
-        VU::extractMetricalDataFromKRValue(value, name, data);
+        located(value, name, [&] { VU::extractMetricalDataFromKRValue(value, name, data); });
         return data;
       },
       py::arg("value"), py::arg("name"),

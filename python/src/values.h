@@ -6,15 +6,19 @@
 #include <kr/krvalue.h>
 #include <kr/math/rationalseconds.h>
 #include <kr/math/trajectory/limits.h>
+#include <kr/valueutils/locate.h>
 
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
 #include <cstddef>
 #include <cstring>
+#include <exception>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace krpy {
@@ -54,6 +58,43 @@ class ValueLease {
 
 /// A value as plain Python objects: None, bool, int, float, str and lists.
 py::object fromValue(const KR::KRValue& value);
+
+/// A reader's failure with where it failed and the argument it was about;
+/// raised in Python as krvalueutils.KRValueError, a RuntimeError with the
+/// reader's exact message, `.path` and `.argument`.
+struct ReaderError : std::runtime_error {
+  ReaderError(const KR::ValueUtils::Failure& failure, std::string argumentName)
+      : std::runtime_error(failure.message),
+        path(failure.path),
+        argument(std::move(argumentName)) {}
+  std::vector<unsigned int> path;
+  std::string argument;
+};
+
+/// Runs `read`, a reader's call on `value` (the argument named `argument`);
+/// its failure is thrown as a ReaderError that says where in `value`.
+/// pybind11's own errors (a TypeError of an argument's conversion, say) are
+/// runtime_errors too, and pass through as they are.
+template <typename Read>
+void located(const KR::KRValue& value, const std::string& argument, Read&& read) {
+  std::exception_ptr bindingError;
+  const auto failure = KR::ValueUtils::locateFailure(value, [&] {
+    try {
+      read();
+    } catch (const py::builtin_exception&) {
+      bindingError = std::current_exception();
+    }
+  });
+  if (bindingError) {
+    std::rethrow_exception(bindingError);
+  }
+  if (failure) {
+    throw ReaderError(*failure, argument);
+  }
+}
+
+/// Registers KRValueError and the translation of a ReaderError into it.
+void bindErrors(py::module_& m);
 
 /// Values with at least this many elements are read with the GIL released.
 constexpr unsigned int kLargeValue = 1024;
