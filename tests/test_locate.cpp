@@ -102,6 +102,16 @@ const std::map<std::string, Read>& readers() {
          std::vector<KR::Math::Position2D> out;
          extractNavigationFromKRValue(v, "arg", out);
        }},
+      {"metrical-data",
+       [](const KRValue& v) {
+         KR::Math::MetricalData out;
+         extractMetricalDataFromKRValue(v, "arg", out);
+       }},
+      {"temperature-status",
+       [](const KRValue& v) {
+         KR::TemperatureStatus out;
+         extractTemperatureStatusFromKRValue(v, out, "arg");
+       }},
       {"support-sequences",
        [](const KRValue& v) {
          std::vector<KR::Math::SupportSequence> out;
@@ -148,6 +158,14 @@ TEST(LocateFailure, EachFamilyPointsAtTheValueItsCheckRejected) {
       {"touch", R"([["Head", true], ["Hand"]])", "", "[1]"},
       {"navigation", R"([[0, 0, [[1, 2]]], [0, 0, [[1, 2], [3, "y"]]]])", "", "[1][2][1][1]"},
       {"support-sequences", R"([["a", [], []], ["a", [], []]])", "", "[1][0]"},
+      // The value's own string conversion fails on a name that is an int.
+      {"temperature-status", R"([1, ["a", 2]])", "", "[1][1]"},
+      {"metrical-data",
+       R"(["a", "b", [[1, 2, 3]], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, "z", 0, 0, 0, 1], [1, 2]])",
+       "MetricalDataExtractor r3_c4: Expected a float", "[3][11]"},
+      {"metrical-data",
+       R"(["a", "b", [[1, 2, 3]], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1], [1, "s"]])",
+       "", "[4][1]"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.reader + " " + row.text);
