@@ -1,6 +1,8 @@
 // Geometry readers on arbitrary values: only std::runtime_error escapes, a
 // failure of the shape test leaves a record untouched, a transform read is a
-// transform, and records with a writer read back equal once written.
+// transform, records with a writer read back equal once written, and a
+// located failure has the plain call's message and a path into the value
+// that ends at what the message blames (not a number, for a number's field).
 //
 // Input layout: no options; the last byte chooses the value's decoding (see
 // fuzz_value.h).
@@ -82,6 +84,28 @@ void checkRecords(const KR::KRValue& value) {
   }
 }
 
+/// locateFailure on a list reader: the same message as a plain call, and a
+/// path that leads into `value`; where the message says a number was
+/// expected, it leads to something that is not one.
+template <typename Read>
+void checkLocated(const KR::KRValue& value, Read read) {
+  const std::optional<std::string> plain = krfuzz::failure([&] { read(value); });
+  const std::optional<Failure> located = locateFailure(value, [&] { read(value); });
+  KRFUZZ_CHECK(plain.has_value() == located.has_value());
+  if (!located) {
+    return;
+  }
+  KRFUZZ_CHECK(located->message == *plain);
+  const KR::KRValue* at = &value;
+  for (const unsigned int index : located->path) {
+    KRFUZZ_CHECK(at->isArray() && index < at->getSize());
+    at = &(*at)[static_cast<int>(index)];
+  }
+  if (located->message.find(": Expected a float") != std::string::npos) {
+    KRFUZZ_CHECK(!at->isInt() && !at->isFloat());
+  }
+}
+
 void checkLists(const KR::KRValue& value) {
   std::vector<Position2D> positions;
   if (succeeds([&] { extractVectorPosition2DFromKRValue(value, kName, positions); })) {
@@ -100,6 +124,14 @@ void checkLists(const KR::KRValue& value) {
   if (succeeds([&] { extractVectorFloatsFromKRValue(value, kName, floats); })) {
     succeeds([&] { extractPosition6DFromVector(floats, kName, six); });
   }
+  checkLocated(value, [](const KR::KRValue& v) {
+    std::vector<Pose2DAndTime> out;
+    extractVectorPose2DAndTimeFromKRValue(v, kName, out);
+  });
+  checkLocated(value, [](const KR::KRValue& v) {
+    std::vector<std::vector<Transform>> out;
+    extractVectorTransformFromKRValue(v, kName, false, out);
+  });
   for (bool isSingleGroup : {false, true}) {
     std::vector<std::vector<Position6D>> sixes;
     succeeds([&] { extractVectorPosition6DFromKRValue(value, kName, isSingleGroup, sixes); });
