@@ -1,17 +1,16 @@
-// parseKRValue: three passes over the text, none of them recursive.
+// parseKRValue: two passes over the text, neither of them recursive.
 //   1. check: the whole grammar and every number's range, allocating nothing,
 //      so that malformed text of any size fails at its first bad byte
 //      without costing memory;
-//   2. count: the elements of every array, in the order the arrays open;
-//   3. build: the tree, each array made at its final size in its final place.
+//   2. build: the tree, bottom up, each array allocated once at its size.
 // Checking and building are one scanner (Reader), instantiated for each.
 //
 // The reader follows the JSON grammar of RFC 8259, plus the words NaN,
 // Infinity and -Infinity. The detail of a syntax error names what was found
 // ("unexpected ']'", "invalid literal; last read: '...'") and what was
 // expected, and "last read" quotes the text from the start of the last string
-// or number token (or of the text) up to the offending byte, cut to its last
-// kQuotedBytes bytes.
+// or number token (or of the text) up to the offending byte, at most
+// kQuotedLength characters of it.
 #include <kr/krvaluetext.h>
 
 #include "utf8.h"

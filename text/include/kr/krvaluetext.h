@@ -75,10 +75,10 @@ namespace KR {
 ///   "float out of range"         N is the offset of the number's first byte
 /// No message grows with the input: the detail of a range error quotes the
 /// number cut short past 32 bytes ("... (N bytes)"), and the "last read" part
-/// of a syntax error quotes at most the last 40 bytes before and including
-/// the offending byte, after "..." when cut; in it a control character
-/// shows as <U+00XX> and a byte that is not well-formed UTF-8 as <0xXX>, so
-/// every message is valid UTF-8.
+/// of a syntax error quotes the bytes up to and including the offending one
+/// in at most 40 characters: their end, after "..." when cut, starting on a
+/// character. In it a control character shows as <U+00XX> and a byte that is
+/// not well-formed UTF-8 as <0xXX>, so every message is valid UTF-8.
 KRVALUETEXT_API KRValue parseKRValue(const std::string& text);
 
 /// Prints a value as compact JSON text: array elements separated by ", "
