@@ -82,6 +82,9 @@ TEST(ParseKRValue, StringEscapes) {
   const KRValue v = parseKRValue(R"("q\" b\\ s\/ \b\f\n\r\t \u0000 \u00e9 \ud83d\ude00 é")");
   const std::string expected("q\" b\\ s/ \b\f\n\r\t \0 \xC3\xA9 \xF0\x9F\x98\x80 \xC3\xA9", 27);
   EXPECT_EQ(v, KRValue(expected));
+  // Each UTF-8 length from its first code point on, and the last before it.
+  EXPECT_EQ(parseKRValue(R"("\u007f\u0080\u07ff\u0800\uffff\ud800\udc00")"),
+            KRValue("\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80"));
 }
 
 TEST(ParseKRValueErrors, IntegersOutsideThirtyTwoBits) {
@@ -110,6 +113,7 @@ TEST(ParseKRValueErrors, FloatsBeyondTheLargestFloat) {
                {"1e400", 0},  // beyond double too
                {"[0.5, 3.5e38]", 6},
                {"[-1e400,1]", 1},
+               {"[1e39, tru", 1},  // found before the bad word after it
                {"[" + std::string(100000, '9') + ".5]", 1},
                {"0.5e39", 0},
                {"0.0000034028236e44", 0}},
@@ -149,6 +153,7 @@ TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
                {"01", 1},
                {"\"a\tb\"", 2},  // raw control character in a string
                {"\"\xFF\"", 1},  // not UTF-8
+               {"\"\x80\"", 1},  // a stray continuation byte
                {"[\"\\ud800\"]", 8}},  // lone surrogate
               "syntax error");
   // The detail says what was found and what was expected; "last read" runs
@@ -160,6 +165,12 @@ TEST(ParseKRValueErrors, MalformedTextAtTheOffendingByte) {
                 "expected ']'"},
       {"[1 NaN]", "syntax error at line 1, column 6 (offset 5): unexpected number literal; "
                   "expected ']'"},
+      {"[1 true]", "syntax error at line 1, column 7 (offset 6): unexpected true literal; "
+                   "expected ']'"},
+      {"1e", "syntax error at line 1, column 3 (offset 2): invalid number; expected '+', '-', "
+             "or digit after exponent; last read: '1e'"},
+      {"\xEF\xBB", "syntax error at line 1, column 3 (offset 2): invalid BOM; must be 0xEF "
+                   "0xBB 0xBF if given; last read: '<0xEF><0xBB>'"},
       {std::string("1\0junk", 6),
        "syntax error at line 1, column 2 (offset 1): invalid literal; last read: '1<U+0000>'; "
        "expected end of input"},
@@ -244,7 +255,7 @@ TEST(PrintKRValue, StringsEscapeOnlyWhatJsonRequires) {
       {"", R"("")"},
       {"a/\"b\\", R"("a/\"b\\")"},
       {"\b\f\n\r\t", R"("\b\f\n\r\t")"},
-      {std::string("\0\x1f", 2), R"("\u0000\u001f")"},
+      {std::string("\0\x1d\x1f", 3), R"("\u0000\u001d\u001f")"},
       {"\x7f", "\"\x7f\""},
       // UTF-8 of every length, up to U+10FFFF, is copied as it is.
       {"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xF4\x8F\xBF\xBF",
