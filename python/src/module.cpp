@@ -69,6 +69,7 @@ void bindErrors(py::module_& m) {
   // The type outlives every call: the module keeps it, and so does this
   // function's static.
   static py::exception<ReaderError> type(m, "KRValueError", PyExc_RuntimeError);
+  type.attr("__module__") = "krvalueutils";  // where users import it from
   type.doc() =
       "A reader's failure: the library's exact message (str(error)), `path`, the indices "
       "from the argument down to the element whose check failed (() for the argument "
