@@ -836,14 +836,14 @@ class Reader {
 
   // ---- Numbers of the number token [numberStart_, p_)
 
-  // Building, on checked text: the number at numberStart_, read in one go.
-  // An int token is one that std::from_chars reads as an int without a
-  // fraction or an exponent following; checking has seen that it fits.
+  // Building, on checked text: the number at numberStart_. Its digits tell
+  // an int (nothing after them) from a float ('.' or an exponent next), so
+  // each is converted once; checking has seen that an int fits.
   Token readNumber() {
-    const std::from_chars_result asInt = std::from_chars(numberStart_, end_, int_);
-    if (asInt.ec == std::errc() &&
-        (asInt.ptr == end_ || (*asInt.ptr != '.' && *asInt.ptr != 'e' && *asInt.ptr != 'E'))) {
-      p_ = asInt.ptr;
+    p_ = numberStart_ + (*numberStart_ == '-' ? 1 : 0);
+    skipDigits();
+    if (p_ == end_ || (*p_ != '.' && *p_ != 'e' && *p_ != 'E')) {
+      std::from_chars(numberStart_, p_, int_);
       return Token::Number;
     }
     integer_ = false;
