@@ -71,6 +71,27 @@ TEST(KRValuePush, ElementOfTheSameArrayWhileGrowing) {
   }
 }
 
+TEST(KRValueArray, MovedFromTakesEveryKindInOrderAndLeavesTheSourcesInvalid) {
+  for (int n = 0; n <= 5; ++n) {
+    SCOPED_TRACE(n);
+    std::vector<KRValue> sources;
+    std::vector<KRValue> copies;
+    for (int i = 0; i < n; ++i) {
+      const KRValue kinds[] = {KRValue(i), KRValue(0.5f * static_cast<float>(i)), KRValue(longText(i)),
+                               KRValue::array(i, longText(i)), KRValue(i % 2 == 0)};
+      sources.push_back(kinds[i % 5]);
+      copies.push_back(kinds[i % 5]);
+    }
+    const KRValue array = KRValue::arrayMovedFrom(sources.data(), sources.data() + n);
+    ASSERT_TRUE(array.isArray());
+    ASSERT_EQ(array.getSize(), static_cast<unsigned>(n));
+    for (int i = 0; i < n; ++i) {
+      EXPECT_EQ(array[i], copies[i]);
+      EXPECT_FALSE(sources[i].isValid());
+    }
+  }
+}
+
 TEST(KRValueSemantics, AssignmentReplacesAnyKind) {
   const KRValue samples[] = {KRValue(), KRValue(3), KRValue(longText(0)),
                              KRValue::array(1, longText(1))};

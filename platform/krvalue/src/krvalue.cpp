@@ -311,6 +311,22 @@ KRValue::KRValue(const std::vector<float>& floats) : type_(TypeArray) {
   payload_.a = block;
 }
 
+KRValue KRValue::arrayMovedFrom(KRValue* first, KRValue* last) {
+  const std::size_t count = static_cast<std::size_t>(last - first);
+  if (count > kMaxArraySize) {
+    throwTooLarge(count);
+  }
+  KRValueArrayBlock* block = allocateBlock(static_cast<std::uint32_t>(count));
+  KRValue* out = block->elements();
+  for (KRValue* in = first; in != last; ++in) {
+    new (out++) KRValue(std::move(*in));
+  }
+  if (count != 0) {
+    block->size = block->capacity;
+  }
+  return KRValueImpl::makeArray(block);
+}
+
 KRValue::KRValue(const std::vector<std::string>& strings) : type_(TypeArray) {
   payload_.a = KRValueImpl::fromStrings(strings);
 }

@@ -142,6 +142,11 @@ class KRVALUE_API KRValue {
     return result;
   }
 
+  /// A new array of the values in [first, last), moved into it in order;
+  /// they are left invalid. One allocation, whatever the count, so building
+  /// an array whose elements wait in a buffer costs no more than the moves.
+  static KRValue arrayMovedFrom(KRValue* first, KRValue* last);
+
   // Queries.
   Type getType() const noexcept { return type_; }
   bool isValid() const noexcept { return type_ != TypeInvalid; }
