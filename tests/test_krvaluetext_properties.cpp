@@ -276,6 +276,67 @@ TEST(TextProperties, EveryValueReadsBackWithItsKindsAndBits) {
   }
 }
 
+// Any decimal number token reads as the float nearest to it, rounded once as
+// strtof rounds, and any int token as its int: short and long digit runs,
+// leading and trailing zeros, mantissas on both sides of 2^24, with and
+// without exponents, at the top level, inside an array and nested deeper.
+TEST(TextProperties, EveryNumberTokenReadsAsTheNearestFloatOrItsInt) {
+  std::mt19937 rng(1124);
+  const auto digits = [&](int count) {
+    std::string run;
+    for (int i = 0; i < count; ++i) {
+      // Zeros and nines often, to reach the edges of each digit count.
+      const int kind = static_cast<int>(rng() % 4);
+      run += kind == 0 ? '0' : kind == 1 ? '9' : static_cast<char>('0' + rng() % 10);
+    }
+    return run;
+  };
+  for (int round = 0; round < 200000; ++round) {
+    std::string token = rng() % 2 == 0 ? "-" : "";
+    const int integerDigits = 1 + static_cast<int>(rng() % 12);
+    std::string integer = digits(integerDigits);
+    if (integer.size() > 1 && integer[0] == '0') {
+      integer[0] = '1' + static_cast<char>(rng() % 9);
+    }
+    token += integer;
+    const int shape = static_cast<int>(rng() % 4);  // int, fraction, exponent, both
+    if (shape == 1 || shape == 3) {
+      token += '.' + digits(1 + static_cast<int>(rng() % 13));
+    }
+    if (shape >= 2) {
+      token += rng() % 2 == 0 ? "e" : "E-";
+      token += std::to_string(rng() % 30);
+    }
+    const bool isInt = shape == 0;
+    const long long asInt = std::strtoll(token.c_str(), nullptr, 10);
+    if (isInt && (integer.size() > 10 || asInt < INT_MIN || asInt > INT_MAX)) {
+      continue;  // out of range: a failure, tested elsewhere
+    }
+    const float asFloat = std::strtof(token.c_str(), nullptr);
+    if (!isInt && std::isinf(asFloat)) {
+      continue;
+    }
+    // The token alone, as an element, and as an element of a nested array.
+    const std::pair<std::string, std::vector<int>> placed[] = {
+        {token, {}}, {"[" + token + "]", {0}}, {"[[1, " + token + "], 2]", {0, 1}}};
+    for (const auto& [text, path] : placed) {
+      KRValue read;
+      ASSERT_EQ(messageOf([&] { read = parseKRValue(text); }), kNoThrow) << text;
+      const KRValue* number = &read;
+      for (const int index : path) {
+        number = &(*number)[index];
+      }
+      if (isInt) {
+        ASSERT_TRUE(number->isInt()) << text;
+        ASSERT_EQ(static_cast<int>(*number), asInt) << text;
+      } else {
+        ASSERT_TRUE(number->isFloat()) << text;
+        ASSERT_EQ(bitsOf(static_cast<float>(*number)), bitsOf(asFloat)) << text;
+      }
+    }
+  }
+}
+
 // A control byte is wrong anywhere in printed text: between tokens, inside a
 // number, a word, a string, an escape. Put after a few lines and spaces, it
 // is reported at its own offset, line and column, whatever came before.

@@ -15,6 +15,7 @@
 
 #include "utf8.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -236,6 +237,22 @@ std::size_t leadingDigits(const char* p) {
   return static_cast<std::size_t>(__builtin_ctzll(notDigit)) / 8;
 }
 
+// The value of the first `count` (1 to 8) bytes at `p`, all ASCII digits.
+// The digits are shifted to the top of a word, below them zeros, and then
+// combined pairwise: digit pairs, then pairs of pairs, then the two halves.
+std::uint64_t digitsValue(const char* p, std::size_t count) {
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, p, sizeof bytes);
+  bytes = (bytes << (8 * (8 - count))) & 0x0F0F0F0F0F0F0F0Fu;
+  bytes = (bytes * 10 + (bytes >> 8)) & 0x00FF00FF00FF00FFu;
+  bytes = (bytes * 100 + (bytes >> 16)) & 0x0000FFFF0000FFFFu;
+  return (bytes * 10000 + (bytes >> 32)) & 0xFFFFFFFFu;
+}
+
+constexpr std::uint64_t kPowersOfTen64[] = {1,         10,         100,        1000,
+                                            10000,     100000,     1000000,    10000000,
+                                            100000000};
+
 void appendUtf8(std::string& out, std::uint32_t codePoint) {
   if (codePoint < 0x80) {
     out += static_cast<char>(codePoint);
@@ -397,12 +414,16 @@ class Reader {
 
   KRValue takeResult() { return std::move(result_); }
 
-  // Checking: the elements of the outermost array. They wait on the stack
-  // until the text ends, so building reserves room for them at once.
+  // Checking: the elements of the outermost array.
   std::size_t topLevelElements() const { return topLevelElements_; }
 
-  // Building: room for `count` elements waiting on the stack at once.
-  void reserve(std::size_t count) { values_.reserve(count); }
+  // Building: the outermost array has `count` elements (as checking found),
+  // so it is made at that size when it opens and its elements go straight
+  // into it; only the elements of the arrays inside it wait on the stack.
+  void setTopLevelElements(std::size_t count) {
+    topLevelElements_ = count;
+    values_.reserve(64);
+  }
 
  private:
   std::size_t depth() const {
@@ -428,7 +449,11 @@ class Reader {
         return true;
       case Token::Number:
         if constexpr (kBuild) {
-          put(integer_ ? KRValue(int_) : KRValue(float_));
+          if (integer_) {
+            put(int_);
+          } else {
+            put(float_);
+          }
         } else if (integer_) {
           readInt();
         } else {
@@ -475,6 +500,10 @@ class Reader {
       return true;
     }
     if constexpr (kBuild) {
+      if (starts_.empty()) {
+        constexpr std::size_t kMaxReserved = std::numeric_limits<int>::max();
+        result_.arrayReserve(static_cast<int>(std::min(topLevelElements_, kMaxReserved)));
+      }
       starts_.push_back(values_.size());
     } else {
       ++depth_;
@@ -482,13 +511,19 @@ class Reader {
     return false;
   }
 
-  // Stores a complete value: as the result, or as the next element of the
-  // innermost open array (building only).
-  void put(KRValue&& value) {
-    if (starts_.empty()) {
-      result_ = std::move(value);
+  // Stores a complete value, made of `made`: as the result, as the next
+  // element of the outermost array, or as the next element of an array inside
+  // it (building only). A scalar is made in its place on the stack: made in a
+  // temporary and copied, its 4-byte number would be read back as part of 8
+  // bytes before the store completes, which stalls the load.
+  template <typename T>
+  void put(T&& made) {
+    if (starts_.size() > 1) {
+      values_.emplace_back(std::forward<T>(made));
+    } else if (starts_.empty()) {
+      result_ = KRValue(std::forward<T>(made));
     } else {
-      values_.push_back(std::move(value));
+      result_.arrayPush(KRValue(std::forward<T>(made)));
     }
   }
 
@@ -497,12 +532,11 @@ class Reader {
     if constexpr (kBuild) {
       const std::size_t start = starts_.back();
       starts_.pop_back();
-      const std::size_t count = values_.size() - start;
-      KRValue array;
-      array.arraySetSize(static_cast<int>(count));
-      for (std::size_t i = 0; i < count; ++i) {
-        array[static_cast<int>(i)] = std::move(values_[start + i]);
+      if (starts_.empty()) {
+        return;  // the outermost array: result_ holds it already
       }
+      KRValue* const first = values_.data() + start;
+      KRValue array = KRValue::arrayMovedFrom(first, first + (values_.size() - start));
       values_.resize(start);
       put(std::move(array));
     } else {
@@ -840,19 +874,74 @@ class Reader {
   // an int (nothing after them) from a float ('.' or an exponent next), so
   // each is converted once; checking has seen that an int fits.
   Token readNumber() {
-    p_ = numberStart_ + (*numberStart_ == '-' ? 1 : 0);
-    skipDigits();
+    const bool negative = *numberStart_ == '-';
+    p_ = numberStart_ + (negative ? 1 : 0);
+    // The digits' value, exact while there are at most 19 of them.
+    const char* const digits = p_;
+    std::uint64_t mantissa = 0;
+    p_ = readDigits(p_, mantissa);
     if (p_ == end_ || (*p_ != '.' && *p_ != 'e' && *p_ != 'E')) {
-      std::from_chars(numberStart_, p_, int_);
+      // Checking has seen that the int fits, so at most ten digits.
+      const std::int64_t value = static_cast<std::int64_t>(mantissa);
+      int_ = static_cast<int>(negative ? -value : value);
       return Token::Number;
     }
     integer_ = false;
+    if (*p_ == '.' && readShortDecimal(negative, p_ - digits, mantissa)) {
+      return Token::Number;
+    }
     const std::from_chars_result asFloat = std::from_chars(numberStart_, end_, float_);
     p_ = asFloat.ptr;
     if (asFloat.ec == std::errc::result_out_of_range) {
       float_ = readFloat();  // a zero of the token's sign, as checking saw
     }
     return Token::Number;
+  }
+
+  // Reads the digits from p on, appending their value to `mantissa` (exact
+  // while the total stays within 19 digits); returns the first non-digit.
+  // Eight at a time while eight bytes are left.
+  const char* readDigits(const char* p, std::uint64_t& mantissa) const {
+    while (end_ - p >= 8) {
+      const std::size_t count = leadingDigits(p);
+      if (count == 0) {
+        return p;
+      }
+      mantissa = mantissa * kPowersOfTen64[count] + digitsValue(p, count);
+      p += count;
+      if (count != 8) {
+        return p;
+      }
+    }
+    for (; p != end_ && isDigit(*p); ++p) {
+      mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
+    }
+    return p;
+  }
+
+  // A decimal without an exponent whose digits make an integer below 2^24
+  // with at most ten of them after the point, at p_ == '.': the integer and
+  // the power of ten are then both exact floats, so one float division
+  // rounds the quotient once, exactly as std::from_chars would (the fast
+  // path of Clinger's algorithm). Most floats in the shortest form take it.
+  // Leaves p_ alone and returns false for any other token.
+  bool readShortDecimal(bool negative, std::ptrdiff_t integerDigits, std::uint64_t mantissa) {
+    static constexpr float kPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f,
+                                             1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
+    constexpr std::uint64_t kExact = std::uint64_t{1} << 24;
+    if (integerDigits > 8) {
+      return false;  // the mantissa might already have wrapped
+    }
+    const char* const fraction = p_ + 1;
+    const char* const p = readDigits(fraction, mantissa);
+    const std::ptrdiff_t fractionDigits = p - fraction;
+    if (fractionDigits > 10 || mantissa > kExact || (p != end_ && (*p == 'e' || *p == 'E'))) {
+      return false;
+    }
+    const float quotient = static_cast<float>(mantissa) / kPowersOfTen[fractionDigits];
+    float_ = negative ? -quotient : quotient;
+    p_ = p;
+    return true;
   }
 
   [[noreturn]] void failIntegerRange() const {
@@ -986,8 +1075,7 @@ KRValue parseKRValue(const std::string& text) {
   Reader<false> checker(text);
   checker.run();
   Reader<true> builder(text);
-  // Most of what waits on the stack is the outermost array's elements.
-  builder.reserve(checker.topLevelElements() + 64);
+  builder.setTopLevelElements(checker.topLevelElements());
   builder.run();
   return builder.takeResult();
 }
