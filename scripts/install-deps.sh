@@ -9,7 +9,7 @@ packages=(
   libboost-dev libboost-chrono-dev libboost-system-dev
   nlohmann-json3-dev libcli11-dev libeigen3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  python3-dev pybind11-dev python3-numpy python3-pytest python3-hypothesis python3-mypy
+  python3-dev pybind11-dev python3-numpy python3-pytest python3-hypothesis python3-mypy python3-jsonschema
 )
 
 missing=()

@@ -101,6 +101,13 @@ step "packaging: the installed CMake package, pkg-config, a parent project, a st
 # program is compiled with the flags pkg-config gives.
 rm -rf build/install
 cmake --install build/gcc >/dev/null
+# The schemas are installed as the files they are, and the installed tool
+# serves the same text.
+for file in schema/*.schema.json; do
+  reader=$(basename "$file" .schema.json)
+  cmp "$file" "build/install/share/krvalueutils/schema/$reader.schema.json"
+  build/install/bin/krvalue schema "$reader" | cmp - "$file"
+done
 cmake -S examples/consumer -B build/consumer -G Ninja -DCMAKE_CXX_COMPILER=g++ \
   "${launcher[@]}" -DCMAKE_PREFIX_PATH="$PWD/build/install" >/dev/null
 cmake --build build/consumer

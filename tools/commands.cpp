@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <kr/krvalueschemas.h>
 #include <kr/krvaluetext.h>
 
 #include <stdexcept>
@@ -18,6 +19,11 @@ const Commands& allCommands() {
     return c;
   }();
   return commands;
+}
+
+std::string summary(const Reader& reader) {
+  const KR::Schemas::ReaderSchema* schema = KR::Schemas::findReaderSchema(reader.name);
+  return std::string(schema != nullptr ? schema->title : "VALUE") + "; " + reader.prints;
 }
 
 std::string formatFloat(float f) { return KR::printKRValue(KR::KRValue(f)); }

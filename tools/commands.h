@@ -36,7 +36,9 @@ constexpr unsigned int kMaxCount = 10000000;
 /// nothing.
 struct Reader {
   std::string name;
-  std::string usage;  // what the value looks like and what is printed
+  // What is printed. What the value looks like is the title of the reader's
+  // schema (summary()).
+  std::string prints;
   std::function<void(const KR::KRValue& value, const Options& options, Output& out)> run;
   /// A list reader: `krvalue check` reads each element of a list on its own
   /// (as a list of one), so that it finds every bad element.
@@ -58,6 +60,10 @@ struct Commands {
 
 /// Every reader and writer of the tool.
 const Commands& allCommands();
+
+/// A reader's one-line summary: its layout, the title of its schema, and
+/// what it prints.
+std::string summary(const Reader& reader);
 
 // Registration, one function per family of the library.
 void addScalarCommands(Commands& commands);

@@ -205,8 +205,8 @@ void readPosVelAccs(const KR::KRValue& value, const std::string& name,
 // Command makers.
 
 template <typename T>
-Reader recordReader(std::string name, std::string usage, ReadFunction<T> read) {
-  return {std::move(name), std::move(usage),
+Reader recordReader(std::string name, std::string prints, ReadFunction<T> read) {
+  return {std::move(name), std::move(prints),
           [read](const KR::KRValue& v, const Options& o, Output& out) {
             T record;
             read(v, o.name, record);
@@ -221,8 +221,8 @@ Reader recordReader(std::string name, std::string usage, ReadFunction<T> read) {
 }
 
 template <typename T>
-Reader listReader(std::string name, std::string usage, ReadFunction<std::vector<T>> read) {
-  Reader reader{std::move(name), std::move(usage),
+Reader listReader(std::string name, std::string prints, ReadFunction<std::vector<T>> read) {
+  Reader reader{std::move(name), std::move(prints),
                 [read](const KR::KRValue& v, const Options& o, Output& out) {
                   std::vector<T> records;
                   read(v, o.name, records);
@@ -237,8 +237,8 @@ Reader listReader(std::string name, std::string usage, ReadFunction<std::vector<
 }
 
 template <typename T>
-Reader groupReader(std::string name, std::string usage, GroupReadFunction<T> read) {
-  Reader reader{std::move(name), std::move(usage),
+Reader groupReader(std::string name, std::string prints, GroupReadFunction<T> read) {
+  Reader reader{std::move(name), std::move(prints),
                 [read](const KR::KRValue& v, const Options& o, Output& out) {
                   std::vector<std::vector<T>> groups;
                   read(v, o.name, o.singleGroup, groups);
@@ -267,58 +267,42 @@ Writer writer(std::string name, std::string usage, ReadFunction<T> read, WriteFu
 }
 
 void addRecordReaders(Commands& c) {
-  c.readers.push_back(recordReader("position2d", "[X, Y] or [[X, Y]]; prints the Position2D",
-                                   extractPosition2DFromKRValue));
   c.readers.push_back(
-      recordReader("pose2d", "[X, Y, THETA, ...]; prints the Pose2D", extractPose2DFromKRValue));
+      recordReader("position2d", "prints the Position2D", extractPosition2DFromKRValue));
+  c.readers.push_back(recordReader("pose2d", "prints the Pose2D", extractPose2DFromKRValue));
   c.readers.push_back(recordReader("pose2d-and-time",
-                                   "[X, Y, THETA] or [X, Y, THETA, TIME, ...]; prints the "
-                                   "Pose2DAndTime, time -1 when absent",
+                                   "prints the Pose2DAndTime, time -1 when absent",
                                    extractPose2DAndTimeFromKRValue));
   c.readers.push_back(
-      recordReader("position3d", "[X, Y, Z]; prints the Position3D", extractPosition3DFromKRValue));
-  c.readers.push_back(recordReader("position6d", "[X, Y, Z, WX, WY, WZ]; prints the Position6D",
-                                   extractPosition6DFromKRValue));
+      recordReader("position3d", "prints the Position3D", extractPosition3DFromKRValue));
+  c.readers.push_back(
+      recordReader("position6d", "prints the Position6D", extractPosition6DFromKRValue));
   c.readers.push_back(recordReader("position6d-vector",
-                                   "[NUMBER, ...]; reads six floats as a Position6D through "
-                                   "a float vector",
+                                   "reads six floats as a Position6D through a float vector",
                                    readPosition6DFromVector));
-  c.readers.push_back(recordReader("transform",
-                                   "[12 or 16 NUMBERS], row by row; prints the three rows, "
-                                   "repairing a nearly valid matrix (noted on standard error)",
-                                   extractTransformFromKRValue));
+  c.readers.push_back(recordReader(
+      "transform",
+      "prints the three rows, repairing a nearly valid matrix (noted on standard error)",
+      extractTransformFromKRValue));
 }
 
 void addListReaders(Commands& c) {
-  c.readers.push_back(listReader("position2ds",
-                                 "[X, Y] or [[X, Y], ...]; prints one Position2D per line",
+  c.readers.push_back(listReader("position2ds", "prints one Position2D per line",
                                  extractVectorPosition2DFromKRValue));
-  c.readers.push_back(listReader("pose2ds",
-                                 "[X, Y, THETA] or [[X, Y, THETA], ...]; prints one Pose2D "
-                                 "per line",
-                                 extractVectorPose2DFromKRValue));
-  c.readers.push_back(listReader("pose2d-and-times",
-                                 "[X, Y, THETA, TIME] or a list of them; prints one "
-                                 "Pose2DAndTime per line",
+  c.readers.push_back(
+      listReader("pose2ds", "prints one Pose2D per line", extractVectorPose2DFromKRValue));
+  c.readers.push_back(listReader("pose2d-and-times", "prints one Pose2DAndTime per line",
                                  extractVectorPose2DAndTimeFromKRValue));
   c.readers.push_back(listReader("position3ds",
-                                 "[X, Y, Z] or [[X, Y, Z], ...]; prints one Position3D per line "
-                                 "(anything else: an empty list)",
+                                 "prints one Position3D per line (anything else: an empty list)",
                                  extractVectorPosition3DFromKRValue));
-  c.readers.push_back(listReader("position6ds",
-                                 "[X, Y, Z, WX, WY, WZ] or a list of them; prints one "
-                                 "Position6D per line",
+  c.readers.push_back(listReader("position6ds", "prints one Position6D per line",
                                  extractVectorPosition6DFromKRValue));
-  c.readers.push_back(listReader("transforms",
-                                 "[12 or 16 NUMBERS] or a list of them; prints each as three rows",
-                                 extractVectorTransformFromKRValue));
-  c.readers.push_back(groupReader("position6d-groups",
-                                  "a Position6D, a list of them or a list of lists; prints each "
-                                  "group (uses --single-group)",
+  c.readers.push_back(
+      listReader("transforms", "prints each as three rows", extractVectorTransformFromKRValue));
+  c.readers.push_back(groupReader("position6d-groups", "prints each group (uses --single-group)",
                                   extractVectorPosition6DFromKRValue));
-  c.readers.push_back(groupReader("transform-groups",
-                                  "a transform, a list of them or a list of lists; prints each "
-                                  "group (uses --single-group)",
+  c.readers.push_back(groupReader("transform-groups", "prints each group (uses --single-group)",
                                   extractVectorTransformFromKRValue));
 }
 

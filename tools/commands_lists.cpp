@@ -71,32 +71,28 @@ void printMap(Output& out, const Options& options, const std::map<std::string, K
 }  // namespace
 
 void addListCommands(Commands& c) {
-  c.readers.push_back({"floats", "NUMBER or [NUMBER, ...]; prints the floats",
-                       [](const KR::KRValue& v, const Options& o, Output& out) {
-                         std::vector<float> floats;
-                         extractVectorFloatsFromKRValue(v, o.name, floats);
-                         printBracketed(out, floats, formatFloat);
-                       }});
+  c.readers.push_back(
+      {"floats", "prints the floats", [](const KR::KRValue& v, const Options& o, Output& out) {
+         std::vector<float> floats;
+         extractVectorFloatsFromKRValue(v, o.name, floats);
+         printBracketed(out, floats, formatFloat);
+       }});
   c.readers.back().list = true;
-  c.readers.push_back({"float-groups",
-                       "NUMBER, [NUMBER, ...], [[NUMBER, ...]] or a list of numbers and "
-                       "lists; prints \"group i: [..]\" per group (uses --single-group)",
+  c.readers.push_back({"float-groups", "prints \"group i: [..]\" per group (uses --single-group)",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<std::vector<float>> groups;
                          extractVectorFloatsFromKRValue(v, o.name, o.singleGroup, groups);
                          printGroups(out, o, groups);
                        }});
   c.readers.back().list = true;
-  c.readers.push_back({"strings", "STRING or [STRING, ...]; prints the strings quoted",
+  c.readers.push_back({"strings", "prints the strings quoted",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<std::string> strings;
                          extractVectorStringsFromKRValue(v, o.name, strings);
                          printBracketed(out, strings, formatString);
                        }});
   c.readers.back().list = true;
-  c.readers.push_back({"bools",
-                       "BOOL or NUMBER (repeated --count times) or [BOOL, ...], other "
-                       "elements skipped; prints the bools",
+  c.readers.push_back({"bools", "prints the bools",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          if (o.count > kMaxCount) {
                            throw UsageError("--count " + std::to_string(o.count) +
@@ -107,9 +103,7 @@ void addListCommands(Commands& c) {
                          extractVectorBoolsFromKRValue(v, o.count, o.name, bools);
                          printBracketed(out, bools, formatBool);
                        }});
-  c.readers.push_back({"key-value-map",
-                       "[[KEY, VALUE], ...] or with --skip-second [[KEY, SKIPPED, VALUE], "
-                       "...]; prints \"key: value\" per entry in key order",
+  c.readers.push_back({"key-value-map", "prints \"key: value\" per entry in key order",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::map<std::string, KR::KRValue> map;
                          extractKeyValueMapFromKRValue(v, o.name, o.skipSecond, map);

@@ -103,9 +103,7 @@ std::string decodeConfig(const std::string& input) {
 }  // namespace
 
 void addMotionCommands(Commands& c) {
-  c.readers.push_back({"key",
-                       "[VALUE, [TYPE, X, Y], [TYPE, X, Y]]; prints the Key, forcing an "
-                       "unknown type to 3 with a warning",
+  c.readers.push_back({"key", "prints the Key, forcing an unknown type to 3 with a warning",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          Key key;
                          extractKeyFromKRValue(v, o.name, key);
@@ -116,8 +114,7 @@ void addMotionCommands(Commands& c) {
                          }
                        }});
   c.readers.push_back({"control-points",
-                       "[NUMBER, ...] or [KEY, ...], one per time of --times; prints "
-                       "\"dropped: true|false\" and \"time: key\" per key (uses --min-time)",
+                       "prints \"dropped: true|false\" and \"time: key\" per key (uses --min-time)",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          const std::vector<float> times = readTimes(o.times);
                          std::vector<std::pair<float, Key>> keys;

@@ -100,26 +100,26 @@ std::string writeDuration(const std::string& input, const Options&) {
 }  // namespace
 
 void addScalarCommands(Commands& c) {
-  c.readers.push_back({"check-array", "VALUE; prints ok (--json: true) for a non-empty array",
+  c.readers.push_back({"check-array", "prints ok (--json: true) for a non-empty array",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          checkArrayFromKRValue(v, o.name);
                          out << (o.json ? "true" : "ok");
                        }});
-  c.readers.push_back({"float", "NUMBER; prints the float (uses --field)",
+  c.readers.push_back({"float", "prints the float (uses --field)",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          out << formatFloat(extractFloat(v, o.name, o.field));
                        }});
   c.readers.push_back({"float-clip",
-                       "NUMBER; prints the float clipped to [--min, --max], warning "
-                       "on standard error when clipped (uses --field)",
+                       "prints the float clipped to [--min, --max], warning on standard error when "
+                       "clipped (uses --field)",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          out << formatFloat(extractFloatAndClip(v, o.min, o.max, o.name, o.field));
                        }});
-  c.readers.push_back({"int", "NUMBER; prints the int, a float truncated (uses --field)",
+  c.readers.push_back({"int", "prints the int, a float truncated (uses --field)",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          out << extractIntFromKRValue(v, o.name, o.field);
                        }});
-  c.readers.push_back({"axis-mask", "INT; prints the six bits and the axes they select",
+  c.readers.push_back({"axis-mask", "prints the six bits and the axes they select",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::bitset<6> mask;
                          extractAxisMaskFromKRValue(v, o.name, mask);
@@ -129,34 +129,34 @@ void addScalarCommands(Commands& c) {
                            out << formatMask(mask);
                          }
                        }});
-  c.readers.push_back({"axis-masks", "INT or [INT, ...]; prints one mask per line",
+  c.readers.push_back({"axis-masks", "prints one mask per line",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<std::bitset<6>> masks;
                          extractVectorAxisMaskFromKRValue(v, o.name, masks);
                          printList(out, o, masks, formatMask, maskValue);
                        }});
   c.readers.back().list = true;
-  c.readers.push_back({"frame", "INT; prints the frame",
-                       [](const KR::KRValue& v, const Options& o, Output& out) {
-                         KR::Math::FRAME frame = KR::Math::FRAME_TORSO;
-                         extractFrameFromKRValue(v, o.name, frame);
-                         if (o.json) {
-                           printValue(out, frameValue(frame));
-                         } else {
-                           out << formatFrame(frame);
-                         }
-                       }});
-  c.readers.push_back({"frames", "INT or [INT, ...]; prints one frame per line",
+  c.readers.push_back(
+      {"frame", "prints the frame", [](const KR::KRValue& v, const Options& o, Output& out) {
+         KR::Math::FRAME frame = KR::Math::FRAME_TORSO;
+         extractFrameFromKRValue(v, o.name, frame);
+         if (o.json) {
+           printValue(out, frameValue(frame));
+         } else {
+           out << formatFrame(frame);
+         }
+       }});
+  c.readers.push_back({"frames", "prints one frame per line",
                        [](const KR::KRValue& v, const Options& o, Output& out) {
                          std::vector<KR::Math::FRAME> frames;
                          extractVectorFrameFromKRValue(v, o.name, frames);
                          printList(out, o, frames, formatFrame, frameValue);
                        }});
   c.readers.back().list = true;
-  c.readers.push_back({"duration",
-                       "[SECONDS, MICROSECONDS]; prints the nanoseconds (--json: the "
-                       "duration as the duration writer lays it out)",
-                       readDuration});
+  c.readers.push_back(
+      {"duration",
+       "prints the nanoseconds (--json: the duration as the duration writer lays it out)",
+       readDuration});
 
   c.writers.push_back({"duration",
                        "NANOSECONDS; prints [seconds, microseconds] as int values, warning "

@@ -175,24 +175,17 @@ std::string writeReflexMode(const std::string& input, const Options&) {
 }  // namespace
 
 void addStateCommands(Commands& c) {
-  c.readers.push_back({"rest-requests",
-                       "[[NAMES, \"Safe\"|\"Immediate\"|[ANGLE, ...]|[MODE, ...]], ...]; prints "
-                       "each request's names, modes and angles",
-                       readRestRequests});
+  c.readers.push_back(
+      {"rest-requests", "prints each request's names, modes and angles", readRestRequests});
   c.readers.back().list = true;
-  c.readers.push_back({"reflex-mode", "STRING; prints the mode's name and number",
-                       readReflexMode});
+  c.readers.push_back({"reflex-mode", "prints the mode's name and number", readReflexMode});
   c.readers.push_back({"rest-request-comparison",
-                       "[REQUEST, REQUEST], each as an element of rest-requests; prints "
-                       "whether they are equal and whether they are equivalent (--json: "
+                       "prints whether they are equal and whether they are equivalent (--json: "
                        "[equal, equivalent])",
                        compareRestRequests});
-  c.readers.push_back({"support-sequence",
-                       "[NAME, FLOATS, BOOLS]; prints the name, the values and the flags",
-                       readSupportSequence});
-  c.readers.push_back({"support-sequences",
-                       "[[NAME, FLOATS, BOOLS], ...] with different names; prints each sequence",
-                       readSupportSequences});
+  c.readers.push_back(
+      {"support-sequence", "prints the name, the values and the flags", readSupportSequence});
+  c.readers.push_back({"support-sequences", "prints each sequence", readSupportSequences});
   c.readers.back().list = true;
 
   c.writers.push_back({"rest-requests",

@@ -183,31 +183,22 @@ std::string writeMetricalData(const std::string& input, const Options& o) {
 }  // namespace
 
 void addStatusCommands(Commands& c) {
-  c.readers.push_back({"temperature-status",
-                       "[LEVEL, [NAME, ...], ...]; prints the level and the sorted names",
-                       readTemperatureStatus});
-  c.readers.push_back({"diagnosis",
-                       "[LEVEL, [NAME, ...], ...], the names a non-empty array; prints the "
-                       "level and the sorted names",
-                       readDiagnosis});
-  c.readers.push_back({"touch",
-                       "[[NAME, BOOL], ...] or []; prints each name and whether it is touched "
-                       "(the first entry of a name wins)",
-                       readTouch});
+  c.readers.push_back(
+      {"temperature-status", "prints the level and the sorted names", readTemperatureStatus});
+  c.readers.push_back({"diagnosis", "prints the level and the sorted names", readDiagnosis});
+  c.readers.push_back(
+      {"touch", "prints each name and whether it is touched (the first entry of a name wins)",
+       readTouch});
   c.readers.back().list = true;
-  c.readers.push_back({"touch-with-ints",
-                       "[[NAME, BOOL, [INT, ...]], ...] or []; prints each name, its bool and "
-                       "its int (0 without a non-empty third element)",
-                       readTouchWithInts});
+  c.readers.push_back(
+      {"touch-with-ints",
+       "prints each name, its bool and its int (0 without a non-empty third element)",
+       readTouchWithInts});
   c.readers.back().list = true;
-  c.readers.push_back({"navigation",
-                       "[[ANY, ANY, POSITION2DS], ...]; prints every position in order",
-                       readNavigation});
+  c.readers.push_back({"navigation", "prints every position in order", readNavigation});
   c.readers.back().list = true;
-  c.readers.push_back({"metrical-data",
-                       "[LABEL1, LABEL2, [[X, Y, Z], ...], [16 NUMBERS], [SECONDS, "
-                       "MICROSECONDS]]; prints the labels, transform, points and duration",
-                       readMetricalData});
+  c.readers.push_back(
+      {"metrical-data", "prints the labels, transform, points and duration", readMetricalData});
 
   c.writers.push_back({"temperature-status",
                        "[LEVEL, [NAME, ...]]; prints [level, [names]] with the names sorted",

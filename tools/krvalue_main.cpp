@@ -4,7 +4,8 @@
 //   krvalue read READER --lines [options]      one value per line of standard input
 //   krvalue write WRITER 'INPUT' [options]     (or --lines)
 //   krvalue check READER 'VALUE' [options]     every bad element of a list, one line each
-//   krvalue list
+//   krvalue list [--json]
+//   krvalue schema READER | --all              the JSON Schema of a reader's values
 //   krvalue path 'DESCRIPTION' [--start X,Y,THETA] [--name NAME] [--svg FILE]
 //       [--direct] [--factory]
 //   krvalue trajectory 'DESCRIPTION' [--start X,Y,THETA] [--period SECONDS]
@@ -18,30 +19,30 @@
 // the value it failed ("krvalue: at [287][1]"), unusable input such
 // as bad text, an unknown reader or a malformed option (status 2), a failure
 // to write the output or to get memory (status 3), and warnings.
-#include "commands.h"
-#include "output.h"
-#include "paths.h"
-
+#include <fcntl.h>
+#include <kr/krvalueschemas.h>
 #include <kr/krvaluetext.h>
 #include <kr/valueutils/locate.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <zu/log.h>
 
 #include <CLI/CLI.hpp>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <chrono>
+#include <csignal>
 #include <cstring>
 #include <functional>
 #include <iostream>
 #include <new>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+
+#include "commands.h"
+#include "output.h"
+#include "paths.h"
 
 namespace {
 
@@ -126,19 +127,82 @@ const Command* find(const std::vector<Command>& commands, const std::string& nam
   return nullptr;
 }
 
+// The path and trajectory commands read descriptions, whose schemas are
+// named after the commands.
+struct Description {
+  const char* name;
+  const char* prints;
+};
+constexpr Description kDescriptions[] = {
+    {"path", "prints its length, end pose and samples"},
+    {"trajectory", "prints its duration and states"},
+};
+
+std::string descriptionSummary(const Description& description) {
+  return krvaluetool::summary(krvaluetool::Reader{description.name, description.prints, {}});
+}
+
 void printList(Output& out) {
   const krvaluetool::Commands& commands = krvaluetool::allCommands();
   out << "readers (krvalue read READER VALUE):\n";
   for (const auto& reader : commands.readers) {
-    out << "  " << reader.name << "  " << reader.usage << "\n";
+    out << "  " << reader.name << "  " << krvaluetool::summary(reader) << "\n";
   }
   out << "writers (krvalue write WRITER INPUT):\n";
   for (const auto& writer : commands.writers) {
     out << "  " << writer.name << "  " << writer.usage << "\n";
   }
-  out << "descriptions (krvalue path|trajectory DESCRIPTION, see --help):\n"
-      << "  path  a path description; prints its length, end pose and samples\n"
-      << "  trajectory  a trajectory description; prints its duration and states\n";
+  out << "descriptions (krvalue path|trajectory DESCRIPTION, see --help):\n";
+  for (const Description& description : kDescriptions) {
+    out << "  " << description.name << "  " << descriptionSummary(description) << "\n";
+  }
+}
+
+/// The same as one JSON document, for scripts: each reader and description
+/// with its summary, its layout and the file name of its schema.
+void printListJson(Output& out) {
+  const krvaluetool::Commands& commands = krvaluetool::allCommands();
+  const auto entry = [](const std::string& name, const std::string& summary, bool withSchema) {
+    nlohmann::ordered_json item{{"name", name}, {"summary", summary}};
+    const KR::Schemas::ReaderSchema* schema = KR::Schemas::findReaderSchema(name);
+    if (withSchema && schema != nullptr) {
+      item["layout"] = schema->title;
+      item["schema"] = name + ".schema.json";
+    }
+    return item;
+  };
+  nlohmann::ordered_json list{{"readers", nlohmann::ordered_json::array()},
+                              {"writers", nlohmann::ordered_json::array()},
+                              {"descriptions", nlohmann::ordered_json::array()}};
+  for (const auto& reader : commands.readers) {
+    list["readers"].push_back(entry(reader.name, krvaluetool::summary(reader), true));
+  }
+  for (const auto& writer : commands.writers) {
+    list["writers"].push_back(entry(writer.name, writer.usage, false));
+  }
+  for (const Description& description : kDescriptions) {
+    list["descriptions"].push_back(entry(description.name, descriptionSummary(description), true));
+  }
+  out << list.dump(2) << "\n";
+}
+
+/// `krvalue schema READER` and `krvalue schema --all`.
+int printSchema(Output& out, const std::string& name, bool all) {
+  if (all == !name.empty()) {
+    std::cerr << "krvalue: give either READER or --all\n";
+    return kUnusableInput;
+  }
+  if (all) {
+    out << KR::Schemas::schemaBundle();
+    return 0;
+  }
+  const KR::Schemas::ReaderSchema* schema = KR::Schemas::findReaderSchema(name);
+  if (schema == nullptr) {
+    std::cerr << "krvalue: no schema for '" << name << "' (see: krvalue list)\n";
+    return kUnusableInput;
+  }
+  out << schema->text;
+  return 0;
 }
 
 /// Writes out what is left; a failed write makes the status 3. It is
@@ -455,7 +519,15 @@ int main(int argc, char** argv) {
   check->add_option("VALUE", input, "value as JSON text, or - for standard input")->required();
   addOptions(check, options);
 
-  app.add_subcommand("list", "list every reader and writer");
+  bool listJson = false;
+  app.add_subcommand("list", "list every reader and writer")
+      ->add_flag("--json", listJson, "print the list as JSON, with each reader's schema");
+
+  bool allSchemas = false;
+  CLI::App* schema = app.add_subcommand(
+      "schema", "print the JSON Schema of a reader's values, or of every reader's");
+  schema->add_option("READER", commandName, "reader name, path or trajectory (see: krvalue list)");
+  schema->add_flag("--all", allSchemas, "every schema in one document, under $defs/READER");
 
   PathOptions pathOptions;
   CLI::App* path = app.add_subcommand("path", "build a described path and sample it");
@@ -485,8 +557,15 @@ int main(int argc, char** argv) {
   Output out;
   const krvaluetool::Commands& commands = krvaluetool::allCommands();
   if (app.got_subcommand("list")) {
-    printList(out);
+    if (listJson) {
+      printListJson(out);
+    } else {
+      printList(out);
+    }
     return finish(out, 0);
+  }
+  if (schema->parsed()) {
+    return finish(out, printSchema(out, commandName, allSchemas));
   }
   if (path->parsed() || trajectory->parsed()) {
     return runOnce(out, [&](Output& o) {

@@ -161,3 +161,23 @@ kr_tool_check(krvalue_trajectory_bad_start
   ARGUMENTS trajectory "[\"NonHolonomic\", [\"Line\", [1.0, 0.0]], 0.0]" --start 1,2
   STATUS 2
   OUTPUT "^$")
+
+# The schemas: one reader's, or all of them; never both, never an unknown one.
+kr_tool_check(krvalue_schema_of_a_reader
+  ARGUMENTS schema pose2ds
+  STATUS 0
+  OUTPUT "^{\n  \"\\$schema\": \"https://json-schema.org/draft/2020-12/schema\",\n  \"\\$id\": \"urn:krvalueutils:schema:pose2ds\",\n")
+kr_tool_check(krvalue_schema_bundle
+  ARGUMENTS schema --all
+  STATUS 0
+  OUTPUT "\"\\$id\": \"urn:krvalueutils:schema\",.*\n    \"trajectory\": {\n")
+kr_tool_check(krvalue_schema_unknown
+  ARGUMENTS schema pose3d
+  STATUS 2
+  OUTPUT "^$"
+  ERRORS "^krvalue: no schema for 'pose3d' \\(see: krvalue list\\)\n$")
+kr_tool_check(krvalue_schema_reader_and_all
+  ARGUMENTS schema pose2ds --all
+  STATUS 2
+  OUTPUT "^$"
+  ERRORS "^krvalue: give either READER or --all\n$")

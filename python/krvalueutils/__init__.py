@@ -12,6 +12,8 @@ from ._krvalueutils import *  # noqa: F401,F403
 
 from typing import Any as _Any, Callable as _Callable, List as _List, Tuple as _Tuple, Union as _Union
 
+import json as _json
+
 from . import _krvalueutils
 
 #: A value as plain Python objects, as readers take them and writers return
@@ -76,3 +78,26 @@ def check(reader_name: str, value: _Any, name: str = "value") -> "list[tuple[tup
             except _krvalueutils.KRValueError as error:
                 found.append(((index,) + tuple(error.path)[1:], str(error)))
     return found or [whole]
+
+
+def schema(reader_name: str) -> "dict[str, _Any]":
+    """The JSON Schema (draft 2020-12) of the values a reader accepts, as a
+    dict, by the krvalue tool's name of the reader ("pose2ds"; "path" and
+    "trajectory" for the descriptions). Its title is the layout, its
+    description says what a schema cannot (int against float, orthonormality,
+    unique names). ValueError for a name without a schema."""
+    result: "dict[str, _Any]" = _json.loads(_krvalueutils._schema_text(reader_name))
+    return result
+
+
+def schema_names() -> "list[str]":
+    """The names of the readers that have a schema, in order."""
+    names: "list[str]" = _krvalueutils._schema_names()
+    return names
+
+
+def schema_bundle() -> "dict[str, _Any]":
+    """Every reader's schema in one draft 2020-12 document, under
+    $defs/<reader>, each keeping its own $id (urn:krvalueutils:schema:<reader>)."""
+    result: "dict[str, _Any]" = _json.loads(_krvalueutils._schema_bundle())
+    return result

@@ -32,6 +32,12 @@ class KRValueError(RuntimeError):
 def check(reader_name: str, value: _ValueLike, name: str = ...) -> list[tuple[tuple[int, ...], str]]:
     """Every failure of a reader on `value`, as (path, message) pairs."""
 
+def schema(reader_name: str) -> dict[str, Any]:
+    """The JSON Schema of the values a reader accepts, as a dict."""
+def schema_names() -> list[str]: ...
+def schema_bundle() -> dict[str, Any]:
+    """Every reader's schema in one document, under $defs/<reader>."""
+
 class _pybind11_type(type):
     """The metaclass pybind11 gives every class of the module."""
 

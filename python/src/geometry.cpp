@@ -52,21 +52,21 @@ void defArrayReader(py::module_& m, const char* name,
 void bindReaders(py::module_& m) {
   defRecordReader<M::Position2D>(m, "extract_position2d_from_krvalue",
                                  &VU::extractPosition2DFromKRValue,
-                                 "[x, y] (or [[x, y]]) as a Position2D.");
+                                 readerDoc("position2d", "[x, y] (or [[x, y]]) as a Position2D."));
   defRecordReader<M::Pose2D>(m, "extract_pose2d_from_krvalue", &VU::extractPose2DFromKRValue,
-                             "[x, y, theta, ...] as a Pose2D.");
-  defRecordReader<M::Pose2DAndTime>(m, "extract_pose2d_and_time_from_krvalue",
-                                    &VU::extractPose2DAndTimeFromKRValue,
-                                    "[x, y, theta] (time -1.0) or [x, y, theta, time, ...].");
+                             readerDoc("pose2d", "[x, y, theta, ...] as a Pose2D."));
+  defRecordReader<M::Pose2DAndTime>(
+      m, "extract_pose2d_and_time_from_krvalue", &VU::extractPose2DAndTimeFromKRValue,
+      readerDoc("pose2d-and-time", "[x, y, theta] (time -1.0) or [x, y, theta, time, ...]."));
   defRecordReader<M::Position3D>(m, "extract_position3d_from_krvalue",
                                  &VU::extractPosition3DFromKRValue,
-                                 "Exactly [x, y, z] as a Position3D.");
-  defRecordReader<M::Position6D>(m, "extract_position6d_from_krvalue",
-                                 &VU::extractPosition6DFromKRValue,
-                                 "Exactly [x, y, z, wx, wy, wz] as a Position6D.");
-  defRecordReader<M::Transform>(m, "extract_transform_from_krvalue",
-                                &VU::extractTransformFromKRValue,
-                                "12 or 16 numbers, row by row, as a Transform.");
+                                 readerDoc("position3d", "Exactly [x, y, z] as a Position3D."));
+  defRecordReader<M::Position6D>(
+      m, "extract_position6d_from_krvalue", &VU::extractPosition6DFromKRValue,
+      readerDoc("position6d", "Exactly [x, y, z, wx, wy, wz] as a Position6D."));
+  defRecordReader<M::Transform>(
+      m, "extract_transform_from_krvalue", &VU::extractTransformFromKRValue,
+      readerDoc("transform", "12 or 16 numbers, row by row, as a Transform."));
   m.def(
       "extract_position6d_from_vector",
       [](const std::vector<float>& values, const std::string& name) {
@@ -74,21 +74,25 @@ void bindReaders(py::module_& m) {
         VU::extractPosition6DFromVector(values, name, out);
         return out;
       },
-      py::arg("values"), py::arg("name"), "Exactly six floats as a Position6D.");
+      py::arg("values"), py::arg("name"),
+      readerDoc("position6d-vector", "Exactly six floats as a Position6D."));
 
-  defArrayReader<M::Pose2D, 3>(m, "extract_vector_pose2d_from_krvalue",
-                               &VU::extractVectorPose2DFromKRValue,
-                               "One Pose2D or a list of them as a float32 array (N, 3).");
-  defArrayReader<M::Position2D, 2>(m, "extract_vector_position2d_from_krvalue",
-                                   &VU::extractVectorPosition2DFromKRValue,
-                                   "One Position2D or a list of them as a float32 array (N, 2).");
+  defArrayReader<M::Pose2D, 3>(
+      m, "extract_vector_pose2d_from_krvalue", &VU::extractVectorPose2DFromKRValue,
+      readerDoc("pose2ds", "One Pose2D or a list of them as a float32 array (N, 3)."));
+  defArrayReader<M::Position2D, 2>(
+      m, "extract_vector_position2d_from_krvalue", &VU::extractVectorPosition2DFromKRValue,
+      readerDoc("position2ds", "One Position2D or a list of them as a float32 array (N, 2)."));
   defArrayReader<M::Pose2DAndTime, 4>(
       m, "extract_vector_pose2d_and_time_from_krvalue", &VU::extractVectorPose2DAndTimeFromKRValue,
-      "One Pose2DAndTime or a list of them as a float32 array (N, 4): x, y, theta, time.");
-  defArrayReader<M::Position3D, 3>(m, "extract_vector_position3d_from_krvalue",
-                                   &VU::extractVectorPosition3DFromKRValue,
-                                   "Position3D list as a float32 array (N, 3); anything that is "
-                                   "not a non-empty list gives shape (0, 3).");
+      readerDoc(
+          "pose2d-and-times",
+          "One Pose2DAndTime or a list of them as a float32 array (N, 4): x, y, theta, time."));
+  defArrayReader<M::Position3D, 3>(
+      m, "extract_vector_position3d_from_krvalue", &VU::extractVectorPosition3DFromKRValue,
+      readerDoc("position3ds",
+                "Position3D list as a float32 array (N, 3); anything that is "
+                "not a non-empty list gives shape (0, 3)."));
   m.def(
       "extract_vector_position6d_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -102,7 +106,7 @@ void bindReaders(py::module_& m) {
         return toArray(records, 6);
       },
       py::arg("value"), py::arg("name"),
-      "One Position6D or a list of them as a float32 array (N, 6).");
+      readerDoc("position6ds", "One Position6D or a list of them as a float32 array (N, 6)."));
   m.def(
       "extract_vector_position6d_from_krvalue",
       [](const KRValue& value, const std::string& name, bool isSingleGroup) {
@@ -120,7 +124,7 @@ void bindReaders(py::module_& m) {
         return out;
       },
       py::arg("value"), py::arg("name"), py::arg("is_single_group"),
-      "Groups of Position6D: a list of float32 arrays (N, 6).");
+      readerDoc("position6d-groups", "Groups of Position6D: a list of float32 arrays (N, 6)."));
   m.def(
       "extract_vector_transform_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -133,7 +137,8 @@ void bindReaders(py::module_& m) {
         }
         return records;
       },
-      py::arg("value"), py::arg("name"), "One Transform or a list of them, as a list.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("transforms", "One Transform or a list of them, as a list."));
   m.def(
       "extract_vector_transform_from_krvalue",
       [](const KRValue& value, const std::string& name, bool isSingleGroup) {
@@ -147,7 +152,7 @@ void bindReaders(py::module_& m) {
         return groups;
       },
       py::arg("value"), py::arg("name"), py::arg("is_single_group"),
-      "Groups of Transforms, as a list of lists.");
+      readerDoc("transform-groups", "Groups of Transforms, as a list of lists."));
 }
 
 void bindWriters(py::module_& m) {

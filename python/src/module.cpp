@@ -113,5 +113,6 @@ PYBIND11_MODULE(_krvalueutils, m) {
   krpy::bindGeometry(m);
   krpy::bindState(m);
   krpy::bindPaths(m);
+  krpy::bindSchemas(m);
   krpy::subscribeLogging(m);
 }

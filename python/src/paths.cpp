@@ -239,7 +239,8 @@ void bindReaders(py::module_& m) {
         });
         return builder;
       },
-      py::arg("value"), py::arg("name"), "A direct or \"Composed\" path as a PathBuilder.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("path", "A direct or \"Composed\" path as a PathBuilder."));
   m.def(
       "extract_direct_path2d_into_trajectory_factory",
       [](const KRValue& value, const std::string& name, py::handle factory) {
@@ -265,9 +266,11 @@ void bindReaders(py::module_& m) {
   defTrajectoryReader(m, "extract_trajectory_pose2d_composed_builder_from_krvalue",
                       &VU::extractTrajectoryPose2DComposedBuilderFromKRValue,
                       "A \"Composed\" trajectory description as a TrajectoryBuilder.");
-  defTrajectoryReader(m, "extract_trajectory_pose2d_builder_from_krvalue",
-                      &VU::extractTrajectoryPose2DBuilderFromKRValue,
-                      "A direct or composed trajectory description as a TrajectoryBuilder.");
+  defTrajectoryReader(
+      m, "extract_trajectory_pose2d_builder_from_krvalue",
+      &VU::extractTrajectoryPose2DBuilderFromKRValue,
+      readerDoc("trajectory",
+                "A direct or composed trajectory description as a TrajectoryBuilder."));
 }
 
 }  // namespace

@@ -37,14 +37,15 @@ void bindNumbers(py::module_& m) {
         return f;
       },
       py::arg("value"), py::arg("min"), py::arg("max"), py::arg("name"), py::arg("field_name"),
-      "extract_float, then clip_and_warn; returns the clipped number.");
+      readerDoc("float-clip", "extract_float, then clip_and_warn; returns the clipped number."));
   m.def(
       "check_array_from_krvalue",
       [](const KRValue& value, const std::string& name) {
         located(value, name, [&] { VU::checkArrayFromKRValue(value, name); });
       },
       py::arg("value"), py::arg("name"),
-      "Returns None when `value` is a non-empty list; raises KRValueError otherwise.");
+      readerDoc("check-array",
+                "Returns None when `value` is a non-empty list; raises KRValueError otherwise."));
   m.def(
       "extract_float",
       [](const KRValue& value, const std::string& name, const std::string& field) {
@@ -53,7 +54,7 @@ void bindNumbers(py::module_& m) {
         return f;
       },
       py::arg("value"), py::arg("name"), py::arg("field_name"),
-      "A float, or an int converted to float.");
+      readerDoc("float", "A float, or an int converted to float."));
   m.def(
       "extract_int_from_krvalue",
       [](const KRValue& value, const std::string& name, const std::string& field) {
@@ -62,7 +63,7 @@ void bindNumbers(py::module_& m) {
         return i;
       },
       py::arg("value"), py::arg("name"), py::arg("field_name"),
-      "An int, or a float truncated toward zero (clamped to the int range).");
+      readerDoc("int", "An int, or a float truncated toward zero (clamped to the int range)."));
   m.def(
       "extract_axis_mask_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -70,7 +71,8 @@ void bindNumbers(py::module_& m) {
         located(value, name, [&] { VU::extractAxisMaskFromKRValue(value, name, mask); });
         return static_cast<int>(mask.to_ulong());
       },
-      py::arg("value"), py::arg("name"), "An axis mask (an int whose low six bits are used).");
+      py::arg("value"), py::arg("name"),
+      readerDoc("axis-mask", "An axis mask (an int whose low six bits are used)."));
   m.def(
       "extract_frame_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -78,7 +80,7 @@ void bindNumbers(py::module_& m) {
         located(value, name, [&] { VU::extractFrameFromKRValue(value, name, frame); });
         return static_cast<int>(frame);
       },
-      py::arg("value"), py::arg("name"), "A frame: 0 torso, 1 world, 2 robot.");
+      py::arg("value"), py::arg("name"), readerDoc("frame", "A frame: 0 torso, 1 world, 2 robot."));
   m.def(
       "extract_vector_axis_mask_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -91,7 +93,8 @@ void bindNumbers(py::module_& m) {
         }
         return out;
       },
-      py::arg("value"), py::arg("name"), "A list of axis masks; a single number is a list of one.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("axis-masks", "A list of axis masks; a single number is a list of one."));
   m.def(
       "extract_vector_frame_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -99,7 +102,8 @@ void bindNumbers(py::module_& m) {
         located(value, name, [&] { VU::extractVectorFrameFromKRValue(value, name, frames); });
         return std::vector<int>(frames.begin(), frames.end());
       },
-      py::arg("value"), py::arg("name"), "A list of frames; a single number is a list of one.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("frames", "A list of frames; a single number is a list of one."));
 }
 
 void bindDurations(py::module_& m) {
@@ -109,7 +113,8 @@ void bindDurations(py::module_& m) {
         return VU::extractDuration(seconds, microseconds, name).count();
       },
       py::arg("seconds"), py::arg("microseconds"), py::arg("name"),
-      "(seconds * 1000000 + microseconds) * 1000: a duration in integer nanoseconds.");
+      readerDoc("duration",
+                "(seconds * 1000000 + microseconds) * 1000: a duration in integer nanoseconds."));
   m.def(
       "convert_duration_to_krvalue",
       [](long long nanoseconds) {
@@ -135,7 +140,7 @@ void bindLists(py::module_& m) {
         return toArray(floats, 1, true);
       },
       py::arg("value"), py::arg("name"),
-      "A list of numbers (or one number) as a float32 array of shape (N,).");
+      readerDoc("floats", "A list of numbers (or one number) as a float32 array of shape (N,)."));
   m.def(
       "extract_vector_floats_from_krvalue",
       [](const KRValue& value, const std::string& name, bool isSingleGroup) {
@@ -153,7 +158,7 @@ void bindLists(py::module_& m) {
         return out;
       },
       py::arg("value"), py::arg("name"), py::arg("is_single_group"),
-      "Groups of floats: a list of float32 arrays of shape (N,).");
+      readerDoc("float-groups", "Groups of floats: a list of float32 arrays of shape (N,)."));
   m.def(
       "extract_vector_strings_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -161,7 +166,8 @@ void bindLists(py::module_& m) {
         located(value, name, [&] { VU::extractVectorStringsFromKRValue(value, name, strings); });
         return strings;
       },
-      py::arg("value"), py::arg("name"), "A list of strings; a single string is a list of one.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("strings", "A list of strings; a single string is a list of one."));
   m.def(
       "extract_vector_bools_from_krvalue",
       [](const KRValue& value, unsigned int count, const std::string& name) {
@@ -170,7 +176,7 @@ void bindLists(py::module_& m) {
         return bools;
       },
       py::arg("value"), py::arg("count"), py::arg("name"),
-      "A list of bools; a single bool, int or float repeated `count` times.");
+      readerDoc("bools", "A list of bools; a single bool, int or float repeated `count` times."));
   m.def(
       "extract_key_value_map_from_krvalue",
       [](const KRValue& value, const std::string& name, bool skipSecondElement) {
@@ -181,7 +187,9 @@ void bindLists(py::module_& m) {
         return map;
       },
       py::arg("value"), py::arg("name"), py::arg("skip_second_element"),
-      "[[key, value], ...] (or [[key, skipped, value], ...]) as a dict; the first of a key wins.");
+      readerDoc("key-value-map",
+                "[[key, value], ...] (or [[key, skipped, value], ...]) as a dict; the first of a "
+                "key wins."));
 }
 
 void bindMotion(py::module_& m) {
@@ -194,8 +202,10 @@ void bindMotion(py::module_& m) {
         return key;
       },
       py::arg("value"), py::arg("name"),
-      "[value, [type, x, y], [type, x, y]] as a Key; a type outside 0..3 is forced to 3 with a "
-      "warning.");
+      readerDoc(
+          "key",
+          "[value, [type, x, y], [type, x, y]] as a Key; a type outside 0..3 is forced to 3 with a "
+          "warning."));
   m.def(
       "extract_vector_of_generic_control_points",
       [](const std::vector<float>& times, const KRValue& value, const std::string& name,
@@ -208,9 +218,11 @@ void bindMotion(py::module_& m) {
         return std::make_pair(result, keys);
       },
       py::arg("times"), py::arg("value"), py::arg("name"), py::arg("min_time"),
-      "Control points paired with `times`: returns (the C++ result, [(time, Key), ...]). The "
-      "result is True when points earlier than `min_time` were dropped, False otherwise and "
-      "when `value` is not a list as long as `times` (no keys then).");
+      readerDoc(
+          "control-points",
+          "Control points paired with `times`: returns (the C++ result, [(time, Key), ...]). The "
+          "result is True when points earlier than `min_time` were dropped, False otherwise and "
+          "when `value` is not a list as long as `times` (no keys then)."));
   m.def(
       "decode_motion_config",
       [](const KRValue& value, const KRValue& name) {

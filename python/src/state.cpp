@@ -29,7 +29,8 @@ void bindRestRequests(py::module_& m) {
         });
         return requests;
       },
-      py::arg("value"), py::arg("name"), "[request, ...] as a list of RestRequest.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("rest-requests", "[request, ...] as a list of RestRequest."));
   m.def(
       "extract_krvalue_from_vector_rest_request",
       [](const std::vector<KR::RestRequest>& requests) {
@@ -45,7 +46,7 @@ void bindRestRequests(py::module_& m) {
       [](int mode) { return KR::restReflexModeToString(static_cast<KR::REST_REFLEX_MODE>(mode)); },
       py::arg("mode"), "'Safe', 'Immediate' or 'Custom'; RuntimeError for any other number.");
   m.def("string_to_rest_reflex_mode", &KR::stringToRestReflexMode, py::arg("name"),
-        "The RestReflexMode of 'Safe', 'Immediate' or 'Custom'.");
+        readerDoc("reflex-mode", "The RestReflexMode of 'Safe', 'Immediate' or 'Custom'."));
   m.def("rest_requests_are_equivalent", &KR::restRequestsAreEquivalent, py::arg("a"),
         py::arg("b"), "Equality that ignores the order of the names.");
 }
@@ -58,7 +59,8 @@ void bindSupportSequences(py::module_& m) {
         located(value, name, [&] { VU::extractSupportSequenceFromKRValue(value, name, sequence); });
         return sequence;
       },
-      py::arg("value"), py::arg("name"), "[name, floats, bools] as a SupportSequence.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("support-sequence", "[name, floats, bools] as a SupportSequence."));
   m.def(
       "extract_vector_support_sequence_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -69,7 +71,8 @@ void bindSupportSequences(py::module_& m) {
         return sequences;
       },
       py::arg("value"), py::arg("name"),
-      "[sequence, ...] with different names, as a list of SupportSequence.");
+      readerDoc("support-sequences",
+                "[sequence, ...] with different names, as a list of SupportSequence."));
 }
 
 void bindStatus(py::module_& m) {
@@ -88,7 +91,8 @@ void bindStatus(py::module_& m) {
         located(value, name, [&] { VU::extractTemperatureStatusFromKRValue(value, status, name); });
         return status;
       },
-      py::arg("value"), py::arg("name"), "[level, [name, ...], ...] as a TemperatureStatus.");
+      py::arg("value"), py::arg("name"),
+      readerDoc("temperature-status", "[level, [name, ...], ...] as a TemperatureStatus."));
   m.def(
       "extract_diagnosis_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -98,7 +102,9 @@ void bindStatus(py::module_& m) {
         return std::make_pair(level, names);
       },
       py::arg("value"), py::arg("name"),
-      "[level, [name, ...], ...] as (level, set of names); the names must not be empty.");
+      readerDoc(
+          "diagnosis",
+          "[level, [name, ...], ...] as (level, set of names); the names must not be empty."));
   m.def(
       "extract_touch_from_krvalue",
       [](const KRValue& value, const std::string& name, bool withInts) -> py::object {
@@ -112,8 +118,10 @@ void bindStatus(py::module_& m) {
         return py::cast(touch);
       },
       py::arg("value"), py::arg("name"), py::arg("with_ints") = false,
-      "[[name, touched], ...] as a dict name -> bool; with `with_ints`, name -> (bool, int) "
-      "(the C++ overload that reads an int per name).");
+      readerDoc(
+          "touch",
+          "[[name, touched], ...] as a dict name -> bool; with `with_ints`, name -> (bool, int) "
+          "(the C++ overload that reads an int per name)."));
   m.def(
       "extract_navigation_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -125,7 +133,8 @@ void bindStatus(py::module_& m) {
         return toArray(positions, 2);
       },
       py::arg("value"), py::arg("name"),
-      "The positions of every [any, any, positions] entry as a float32 array (N, 2).");
+      readerDoc("navigation",
+                "The positions of every [any, any, positions] entry as a float32 array (N, 2)."));
   m.def(
       "extract_metrical_data_from_krvalue",
       [](const KRValue& value, const std::string& name) {
@@ -134,7 +143,8 @@ void bindStatus(py::module_& m) {
         return data;
       },
       py::arg("value"), py::arg("name"),
-      "[label1, label2, [[x, y, z], ...], [16 floats], [seconds, microseconds]].");
+      readerDoc("metrical-data",
+                "[label1, label2, [[x, y, z], ...], [16 floats], [seconds, microseconds]]."));
   m.def(
       "extract_krvalue_from_metrical_data",
       [](const M::MetricalData& data) {

@@ -177,6 +177,12 @@ void bindScalars(py::module_& m);
 void bindGeometry(py::module_& m);
 void bindState(py::module_& m);
 void bindPaths(py::module_& m);
+void bindSchemas(py::module_& m);
+
+/// The docstring of a reader: `doc`, then the layout and description of the
+/// schema of the krvalue tool's reader `reader`, so that help() says what the
+/// schema says. The text lives as long as the module.
+const char* readerDoc(const char* reader, const char* doc);
 
 }  // namespace krpy
 
