@@ -1,5 +1,6 @@
 // Geometry records: layout, transform validation and repair, vector
-// conversions.
+// conversions, and how they print their floats.
+#include <kr/math/floattext.h>
 #include <kr/math/pose2d.h>
 #include <kr/math/pose2dandtime.h>
 #include <kr/math/pose2dposvelacc.h>
@@ -13,9 +14,17 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <iomanip>
+#include <iterator>
 #include <limits>
+#include <random>
+#include <sstream>
 #include <stdexcept>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -131,3 +140,77 @@ TEST(RecordConversions, VectorsInFieldOrder) {
 }
 
 }  // namespace
+
+namespace {
+
+std::uint32_t bitsOf(float f) {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &f, sizeof bits);
+  return bits;
+}
+
+std::string streamed(const Pose2D& pose, std::ios_base& (*manipulator)(std::ios_base&)) {
+  std::ostringstream out;
+  out << manipulator << std::setprecision(2) << pose;
+  return out.str();
+}
+
+}  // namespace
+
+// Every float, random bits, the edges included, reads back from its text to
+// the same bits; NaN is "nan" whatever its payload.
+TEST(FloatText, EveryFloatReadsBackToItsBits) {
+  std::mt19937 rng(2611);
+  const float edges[] = {0.0f, -0.0f, std::numeric_limits<float>::min(),
+                         std::numeric_limits<float>::denorm_min(), std::numeric_limits<float>::max(),
+                         -std::numeric_limits<float>::max(), 123456.789f, 0.1f, 1e20f};
+  for (int i = 0; i < 300000; ++i) {
+    float f = 0.0f;
+    if (i < static_cast<int>(std::size(edges))) {
+      f = edges[i];
+    } else {
+      const std::uint32_t bits = static_cast<std::uint32_t>(rng());
+      std::memcpy(&f, &bits, sizeof f);
+    }
+    const std::string text = floatText(f);
+    if (std::isnan(f)) {
+      ASSERT_EQ(text, "nan");
+      continue;
+    }
+    ASSERT_LE(text.size(), 15u) << text;
+    ASSERT_EQ(bitsOf(std::strtof(text.c_str(), nullptr)), bitsOf(f)) << text;
+  }
+}
+
+TEST(FloatText, ShortestForms) {
+  const std::pair<float, const char*> cases[] = {
+      {1.0f, "1"},         {0.1f, "0.1"},       {123456.789f, "123456.79"},
+      {-0.0f, "-0"},       {1e20f, "1e+20"},    {std::numeric_limits<float>::infinity(), "inf"},
+      {-std::numeric_limits<float>::infinity(), "-inf"}, {-kNaN, "nan"}};
+  for (const auto& [number, text] : cases) {
+    EXPECT_EQ(floatText(number), text);
+  }
+}
+
+// Records print their floats exactly, whatever the stream is set to, and
+// leave its settings as they were: two different poses never print alike.
+TEST(FloatText, RecordsPrintExactlyWhateverTheStream) {
+  const Pose2D pose(123456.789f, 0.1f, -0.0f);
+  const std::string expected = "Pose2D(x=123456.79, y=0.1, theta=-0)";
+  EXPECT_EQ(streamed(pose, std::fixed), expected);
+  EXPECT_EQ(streamed(pose, std::scientific), expected);
+  EXPECT_EQ(streamed(pose, std::defaultfloat), expected);
+  std::ostringstream out;
+  out << std::fixed << std::setprecision(2) << pose << ' ' << 2.0f / 3.0f;
+  EXPECT_EQ(out.str(), expected + " 0.67");
+  std::ostringstream both;
+  both << Pose2D(123456.79f, 0.0f, 0.0f) << ' ' << Pose2D(123456.78f, 0.0f, 0.0f);
+  EXPECT_EQ(both.str(), "Pose2D(x=123456.79, y=0, theta=0) Pose2D(x=123456.78, y=0, theta=0)");
+  std::ostringstream all;
+  all << Position2D(0.1f, 2) << Position3D(0.1f, 2, 3) << Position6D(0.1f, 2, 3, 4, 5, 6)
+      << Pose2DAndTime(Pose2D(0.1f, 2, 3), 0.1f);
+  EXPECT_EQ(all.str(),
+            "Position2D(x=0.1, y=2)Position3D(x=0.1, y=2, z=3)"
+            "Position6D(x=0.1, y=2, z=3, wx=4, wy=5, wz=6)"
+            "Pose2DAndTime(Pose2D(x=0.1, y=2, theta=3), time=0.1)");
+}

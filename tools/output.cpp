@@ -1,5 +1,7 @@
 #include "output.h"
 
+#include <kr/math/floattext.h>
+
 #include <unistd.h>
 
 #include <cerrno>
@@ -23,17 +25,7 @@ void appendInteger(std::string& out, Number number) {
 
 }  // namespace
 
-void appendNumber(std::string& out, float number) {
-  if (std::isnan(number)) {
-    out += "nan";
-    return;
-  }
-  // Shortest round-trip form; the longest, "-1.17549435e-38", has 15 bytes.
-  // Infinities come out as "inf" and "-inf".
-  char text[32];
-  const std::to_chars_result written = std::to_chars(text, text + sizeof text, number);
-  out.append(text, written.ptr);
-}
+void appendNumber(std::string& out, float number) { KR::Math::appendFloatText(out, number); }
 
 Output::Output(int fd) : fd_(fd) { buffer_.reserve(kBlock + 256); }
 

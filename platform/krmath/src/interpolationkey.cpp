@@ -1,11 +1,13 @@
 // Interpolation keys: construction, comparison and printing.
 #include <kr/math/interpolationkey.h>
 
+#include <kr/math/floattext.h>
+
 #include <ostream>
 
 // Comparisons are exact float comparisons, so a key holding a NaN differs from
-// every key, itself included. Printing uses whatever formatting the stream is
-// set to and changes none of it.
+// every key, itself included. Printing writes each float in its shortest
+// exact form (floattext.h), whatever the stream's formatting.
 
 namespace KR {
 namespace Math {
@@ -17,7 +19,8 @@ bool sameParameter(const Parameter& a, const Parameter& b) {
 }
 
 std::ostream& printParameter(std::ostream& out, const Parameter& p) {
-  return out << "(" << p.type << ", " << p.offset.x << ", " << p.offset.y << ")";
+  return out << "(" << p.type << ", " << FloatText{p.offset.x} << ", " << FloatText{p.offset.y}
+             << ")";
 }
 
 }  // namespace
@@ -38,7 +41,7 @@ bool operator==(const Key& a, const Key& b) {
 bool operator!=(const Key& a, const Key& b) { return !(a == b); }
 
 std::ostream& operator<<(std::ostream& out, const Key& key) {
-  out << "Key(value=" << key.value << ", first=";
+  out << "Key(value=" << FloatText{key.value} << ", first=";
   printParameter(out, key.firstParam) << ", second=";
   return printParameter(out, key.secondParam) << ")";
 }

@@ -1,3 +1,4 @@
+#include <kr/math/floattext.h>
 #include <kr/math/pose2d.h>
 #include <kr/math/pose2dandtime.h>
 #include <kr/math/pose2dposvelacc.h>
@@ -10,8 +11,8 @@
 #include <string>
 
 // Comparisons are exact float comparisons, so a record holding a NaN differs
-// from every record, itself included. Printing uses whatever formatting the
-// stream is set to and changes none of it.
+// from every record, itself included. Printing writes each float in its
+// shortest exact form (floattext.h), whatever the stream's formatting.
 
 namespace KR {
 namespace Math {
@@ -21,7 +22,7 @@ bool operator==(const Position2D& a, const Position2D& b) { return a.x == b.x &&
 bool operator!=(const Position2D& a, const Position2D& b) { return !(a == b); }
 
 std::ostream& operator<<(std::ostream& out, const Position2D& p) {
-  return out << "Position2D(x=" << p.x << ", y=" << p.y << ")";
+  return out << "Position2D(x=" << FloatText{p.x} << ", y=" << FloatText{p.y} << ")";
 }
 
 bool operator==(const Pose2D& a, const Pose2D& b) {
@@ -31,7 +32,8 @@ bool operator==(const Pose2D& a, const Pose2D& b) {
 bool operator!=(const Pose2D& a, const Pose2D& b) { return !(a == b); }
 
 std::ostream& operator<<(std::ostream& out, const Pose2D& p) {
-  return out << "Pose2D(x=" << p.x << ", y=" << p.y << ", theta=" << p.theta << ")";
+  return out << "Pose2D(x=" << FloatText{p.x} << ", y=" << FloatText{p.y}
+             << ", theta=" << FloatText{p.theta} << ")";
 }
 
 bool operator==(const Pose2DAndTime& a, const Pose2DAndTime& b) {
@@ -41,12 +43,11 @@ bool operator==(const Pose2DAndTime& a, const Pose2DAndTime& b) {
 bool operator!=(const Pose2DAndTime& a, const Pose2DAndTime& b) { return !(a == b); }
 
 std::ostream& operator<<(std::ostream& out, const Pose2DAndTime& p) {
-  return out << "Pose2DAndTime(" << p.pose << ", time=" << p.time << ")";
+  return out << "Pose2DAndTime(" << p.pose << ", time=" << FloatText{p.time} << ")";
 }
 
 bool operator==(const Pose2DPosVelAcc& a, const Pose2DPosVelAcc& b) {
-  return a.position == b.position && a.velocity == b.velocity &&
-         a.acceleration == b.acceleration;
+  return a.position == b.position && a.velocity == b.velocity && a.acceleration == b.acceleration;
 }
 
 bool operator!=(const Pose2DPosVelAcc& a, const Pose2DPosVelAcc& b) { return !(a == b); }
@@ -65,7 +66,8 @@ bool operator==(const Position3D& a, const Position3D& b) {
 bool operator!=(const Position3D& a, const Position3D& b) { return !(a == b); }
 
 std::ostream& operator<<(std::ostream& out, const Position3D& p) {
-  return out << "Position3D(x=" << p.x << ", y=" << p.y << ", z=" << p.z << ")";
+  return out << "Position3D(x=" << FloatText{p.x} << ", y=" << FloatText{p.y}
+             << ", z=" << FloatText{p.z} << ")";
 }
 
 Position6D::Position6D(const std::vector<float>& values) {
@@ -84,15 +86,15 @@ Position6D::Position6D(const std::vector<float>& values) {
 std::vector<float> Position6D::toVector() const { return {x, y, z, wx, wy, wz}; }
 
 bool operator==(const Position6D& a, const Position6D& b) {
-  return a.x == b.x && a.y == b.y && a.z == b.z && a.wx == b.wx && a.wy == b.wy &&
-         a.wz == b.wz;
+  return a.x == b.x && a.y == b.y && a.z == b.z && a.wx == b.wx && a.wy == b.wy && a.wz == b.wz;
 }
 
 bool operator!=(const Position6D& a, const Position6D& b) { return !(a == b); }
 
 std::ostream& operator<<(std::ostream& out, const Position6D& p) {
-  return out << "Position6D(x=" << p.x << ", y=" << p.y << ", z=" << p.z << ", wx=" << p.wx
-             << ", wy=" << p.wy << ", wz=" << p.wz << ")";
+  return out << "Position6D(x=" << FloatText{p.x} << ", y=" << FloatText{p.y}
+             << ", z=" << FloatText{p.z} << ", wx=" << FloatText{p.wx} << ", wy=" << FloatText{p.wy}
+             << ", wz=" << FloatText{p.wz} << ")";
 }
 
 }  // namespace Math

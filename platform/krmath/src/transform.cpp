@@ -1,5 +1,7 @@
 #include <kr/math/transform.h>
 
+#include <kr/math/floattext.h>
+
 #include <Eigen/Geometry>
 #include <Eigen/LU>
 #include <Eigen/SVD>
@@ -109,7 +111,7 @@ std::ostream& operator<<(std::ostream& out, const Transform& t) {
   for (std::size_t row = 0; row < 3; ++row) {
     out << (row == 0 ? "[" : "], [");
     for (std::size_t column = 0; column < 4; ++column) {
-      out << (column == 0 ? "" : ", ") << fields[4 * row + column];
+      out << (column == 0 ? "" : ", ") << FloatText{fields[4 * row + column]};
     }
   }
   return out << "])";
