@@ -101,3 +101,14 @@ def schema_bundle() -> "dict[str, _Any]":
     $defs/<reader>, each keeping its own $id (urn:krvalueutils:schema:<reader>)."""
     result: "dict[str, _Any]" = _json.loads(_krvalueutils._schema_bundle())
     return result
+
+
+# dir() and `from krvalueutils import *` show the package's own names only,
+# not the helpers it imports.
+__all__ = sorted(
+    [name for name in dir(_krvalueutils) if not name.startswith("_")]
+    + ["Value", "check", "schema", "schema_names", "schema_bundle"])
+
+
+def __dir__() -> "list[str]":
+    return list(__all__)

@@ -19,9 +19,13 @@ _Numbers = Union[
     numpy.typing.NDArray[Union[numpy.floating[Any], numpy.integer[Any]]], Sequence[Sequence[float]]
 ]
 _LimitsLike = Union["Limits", tuple[float, float]]
-_Seconds = Union[Fraction, int]
+# Periods and durations: exact as a Fraction, an int or a str ("1/100"); a float
+# becomes the nearest fraction with a denominator of at most 1,000,000.
+_Seconds = Union[Fraction, int, str, float]
 
 LOGGER_NAME: str
+
+def __dir__() -> list[str]: ...
 
 class KRValueError(RuntimeError):
     """A reader's failure: the library's exact message, where in the argument

@@ -79,6 +79,44 @@ py::array_t<float> sampleTrajectory(const T::KRTrajectoryPose2D& trajectory,
   return toArray(states, 9);
 }
 
+/// What a path is: "Line, length 1 from Pose2D(...) to Pose2D(...)".
+std::string describePath(const T::KRPath2D& path) {
+  std::string kind = "Composed";
+  if (const auto* direct = dynamic_cast<const T::KRDirectPath2D*>(&path)) {
+    switch (direct->kind()) {
+      case T::KRDirectPath2D::Kind::Line:
+        kind = "Line";
+        break;
+      case T::KRDirectPath2D::Kind::ArcOfCircle:
+        kind = "Circle";
+        break;
+      case T::KRDirectPath2D::Kind::Flat:
+        kind = "Flat";
+        break;
+    }
+  } else if (const auto* composed = dynamic_cast<const T::KRPath2DComposed*>(&path)) {
+    kind += " of " + std::to_string(composed->pieces().size()) + " pieces";
+  }
+  return kind + ", length " + M::floatText(path.length()) + " from " + streamed(path.startPose()) +
+         " to " + streamed(path.endPose());
+}
+
+/// What a trajectory is: "NonHolonomic, 1213/100 s from Pose2D(...) to
+/// Pose2D(...)".
+std::string describeTrajectory(const T::KRTrajectoryPose2D& trajectory) {
+  std::string kind = "NonHolonomic";
+  if (dynamic_cast<const T::KRTrajectoryPose2DHolonomic*>(&trajectory) != nullptr) {
+    kind = "Holonomic";
+  } else if (const auto* composed =
+                 dynamic_cast<const T::KRTrajectoryPose2DComposed*>(&trajectory)) {
+    kind = "Composed of " + std::to_string(composed->pieces().size()) + " pieces";
+  }
+  const M::RationalSeconds duration = trajectory.duration();
+  return kind + ", " + py::str(toFraction(duration)).cast<std::string>() + " s from " +
+         streamed(trajectory.stateAt(0.0).position) + " to " +
+         streamed(trajectory.stateAt(M::toSeconds(duration)).position);
+}
+
 // The concrete factories are final, so Python owns and deletes them exactly.
 using Holonomic = T::HolonomicTrajectoryFactory;
 using NonHolonomic = T::NonHolonomicTrajectoryFactory;
@@ -106,7 +144,10 @@ void bindObjects(py::module_& m) {
       .def("pose_at", &T::KRPath2D::poseAt, py::arg("s"),
            "The pose at arc length `s`, clamped into [0, length].")
       .def("sample", &samplePath, py::arg("n"),
-           "`n` poses evenly spaced from start to end as a float32 array (n, 3): x, y, theta.");
+           "`n` poses evenly spaced from start to end as a float32 array (n, 3): x, y, theta.")
+      .def("__repr__", [](const T::KRPath2D& path) {
+        return "<krvalueutils.Path " + describePath(path) + ">";
+      });
 
   py::class_<T::KRTrajectoryPose2D, std::unique_ptr<T::KRTrajectoryPose2D>>(
       m, "Trajectory", "A timed planar motion from rest to rest.")
@@ -117,14 +158,21 @@ void bindObjects(py::module_& m) {
            "The Pose2DPosVelAcc `t` seconds after the start, clamped into [0, duration].")
       .def("sample", &sampleTrajectory, py::arg("times"),
            "The states at `times` (seconds) as a float32 array (N, 9): position x, y, theta, "
-           "then velocity, then acceleration.");
+           "then velocity, then acceleration.")
+      .def("__repr__", [](const T::KRTrajectoryPose2D& trajectory) {
+        return "<krvalueutils.Trajectory " + describeTrajectory(trajectory) + ">";
+      });
 
   py::class_<PathBuilder>(m, "PathBuilder",
                           "Makes a Path when called with a start Pose2D; owns what it needs.")
-      .def("__call__", &buildPath, py::arg("start"), "A new Path built at `start`.");
+      .def("__call__", &buildPath, py::arg("start"), "A new Path built at `start`.")
+      .def("__repr__", [](const PathBuilder& builder) {
+        // What it builds, shown as built at the origin.
+        return "<krvalueutils.PathBuilder " + describePath(*buildPath(builder, M::Pose2D())) + ">";
+      });
 
-  py::class_<TrajectoryBuilder>(
-      m, "TrajectoryBuilder", "Makes a Trajectory when called with a start state or pose.")
+  py::class_<TrajectoryBuilder>(m, "TrajectoryBuilder",
+                                "Makes a Trajectory when called with a start state or pose.")
       .def("__call__", &buildTrajectory, py::arg("start"),
            "A new Trajectory from the start state (its velocity and acceleration are not used).")
       .def(
@@ -132,16 +180,21 @@ void bindObjects(py::module_& m) {
           [](const TrajectoryBuilder& builder, const M::Pose2D& start) {
             return buildTrajectory(builder, M::Pose2DPosVelAcc(start, M::Pose2D(), M::Pose2D()));
           },
-          py::arg("start"), "A new Trajectory from rest at the pose `start`.");
+          py::arg("start"), "A new Trajectory from rest at the pose `start`.")
+      .def("__repr__", [](const TrajectoryBuilder& builder) {
+        // What it builds, shown as built from rest at the origin.
+        return "<krvalueutils.TrajectoryBuilder " +
+               describeTrajectory(*buildTrajectory(builder, M::Pose2DPosVelAcc())) + ">";
+      });
 }
 
 /// The constructor and the path pieces shared by both factory kinds.
 template <typename Factory>
 py::class_<Factory> bindFactory(py::module_& m, const char* name, const char* doc) {
   py::class_<Factory> cls(m, name, doc);
-  cls.def(py::init([](py::handle first, py::handle second, py::handle period, float fraction) {
-            return Factory(toLimits(first), toLimits(second), toRationalSeconds(period),
-                           fraction);
+  cls.def(py::init([](const LimitsArgument& first, const LimitsArgument& second,
+                      const SecondsArgument& period, float fraction) {
+            return Factory(first.value, second.value, period.value, fraction);
           }),
           py::arg("first_limits"), py::arg("second_limits"), py::arg("period"),
           py::arg("fraction_of_limits") = 1.0f,
@@ -174,9 +227,8 @@ void bindFactories(py::module_& m) {
       "Holonomic trajectories: translation limits first, rotation limits second.")
       .def(
           "get_trajectory_builder",
-          [](const Holonomic& factory, float rotation, py::handle duration) {
-            return TrajectoryBuilder{
-                factory.getTrajectoryBuilder(rotation, toRationalSeconds(duration))};
+          [](const Holonomic& factory, float rotation, const SecondsArgument& duration) {
+            return TrajectoryBuilder{factory.getTrajectoryBuilder(rotation, duration.value)};
           },
           py::arg("rotation"), py::arg("duration"),
           "A builder following the pieces while turning by `rotation` radians; `duration` a "
@@ -186,8 +238,8 @@ void bindFactories(py::module_& m) {
       "Trajectories of a base facing along the path: linear limits first, angular second.")
       .def(
           "get_trajectory_builder",
-          [](const NonHolonomic& factory, py::handle duration) {
-            return TrajectoryBuilder{factory.getTrajectoryBuilder(toRationalSeconds(duration))};
+          [](const NonHolonomic& factory, const SecondsArgument& duration) {
+            return TrajectoryBuilder{factory.getTrajectoryBuilder(duration.value)};
           },
           py::arg("duration"),
           "A builder following the pieces; `duration` a fractions.Fraction of seconds.");
@@ -203,11 +255,11 @@ void defTrajectoryReader(py::module_& m, const char* name,
                          const char* doc) {
   m.def(
       name,
-      [reader](const KRValue& value, const std::string& argument, py::handle period,
-               py::handle first, py::handle second, float parameter) {
-        const M::RationalSeconds periodSeconds = toRationalSeconds(period);
-        const T::Limits firstLimits = toLimits(first);
-        const T::Limits secondLimits = toLimits(second);
+      [reader](const KRValue& value, const std::string& argument, const SecondsArgument& period,
+               const LimitsArgument& first, const LimitsArgument& second, float parameter) {
+        const M::RationalSeconds& periodSeconds = period.value;
+        const T::Limits& firstLimits = first.value;
+        const T::Limits& secondLimits = second.value;
         Builder builder;
         located(value, argument, [&] {
           reader(value, argument, periodSeconds, firstLimits, secondLimits, parameter, builder);

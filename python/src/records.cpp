@@ -15,14 +15,6 @@ namespace {
 
 namespace M = KR::Math;
 
-/// The record as its operator<< writes it ("Pose2D(x=1, y=2, theta=0.5)").
-template <typename Record>
-std::string streamed(const Record& record) {
-  std::ostringstream out;
-  out << record;
-  return out.str();
-}
-
 /// == and != from the record's own comparison, a repr from its operator<<.
 template <typename Class>
 Class& compareAndPrint(Class& cls) {
@@ -211,8 +203,8 @@ void bindStateRecords(py::module_& m) {
       .def(py::self != py::self)
       .def("__repr__",
            [](const M::SupportSequence& s) {
-             return py::str("SupportSequence(name={!r}, values={!r}, flags={!r})")
-                 .format(s.name, s.values, s.flags);
+             return py::str("SupportSequence(name={!r}, values={}, flags={!r})")
+                 .format(s.name, floatsText(s.values), s.flags);
            })
       .attr("__hash__") = py::none();
 
@@ -238,8 +230,8 @@ void bindStateRecords(py::module_& m) {
       .def(py::self != py::self)
       .def("__repr__",
            [](const KR::RestRequest& r) {
-             return py::str("RestRequest(reflex_modes={!r}, names={!r}, angles={!r})")
-                 .format(r.reflexModes, r.names, r.angles);
+             return py::str("RestRequest(reflex_modes={!r}, names={!r}, angles={})")
+                 .format(r.reflexModes, r.names, floatsText(r.angles));
            })
       .attr("__hash__") = py::none();
 
@@ -274,8 +266,8 @@ void bindStateRecords(py::module_& m) {
            })
       .def("__repr__",
            [](const Limits& l) {
-             return py::str("Limits(max_velocity={}, max_acceleration={})")
-                 .format(l.maxVelocity, l.maxAcceleration);
+             return "Limits(max_velocity=" + M::floatText(l.maxVelocity) +
+                    ", max_acceleration=" + M::floatText(l.maxAcceleration) + ")";
            })
       .attr("__hash__") = py::none();
 }

@@ -11,6 +11,25 @@
 
 namespace krpy {
 
+namespace {
+
+/// The typical failures a schema lists ("x-messages"): each value, as JSON,
+/// and the KRValueError message it raises with the argument name "value".
+std::string failuresText(const char* schemaText) {
+  const py::module_ json = py::module_::import("json");
+  const py::object schema = json.attr("loads")(schemaText);
+  const py::object failures = schema.attr("get")("x-messages", py::list());
+  std::string text;
+  for (const py::handle failure : failures) {
+    text += text.empty() ? "\n\nRaises KRValueError, for example:" : "";
+    text += "\n  " + py::str(json.attr("dumps")(failure["value"])).cast<std::string>() + "\n    " +
+            py::str(failure["message"]).cast<std::string>();
+  }
+  return text;
+}
+
+}  // namespace
+
 const char* readerDoc(const char* reader, const char* doc) {
   // pybind11 keeps the pointer: the texts live as long as the module.
   static std::deque<std::string> texts;
@@ -21,6 +40,7 @@ const char* readerDoc(const char* reader, const char* doc) {
     text += schema->title;
     text += "\n\n";
     text += schema->description;
+    text += failuresText(schema->text);
     text += "\n\nSchema: krvalueutils.schema(\"";
     text += reader;
     text += "\")";

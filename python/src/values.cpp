@@ -3,6 +3,7 @@
 #include "values.h"
 
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -30,6 +31,15 @@ std::string positionText(const Walk& walk) {
                        "; a KRValue holds None, bool, int, float, str or a list");
 }
 
+[[noreturn]] void throwFloatOverflow(double number, const Walk& walk) {
+  const py::float_ shown(number);
+  PyErr_Format(PyExc_OverflowError,
+               "%s is the float %R, outside a KRValue float's range "
+               "[-3.4028235e+38, 3.4028235e+38]",
+               positionText(walk).c_str(), shown.ptr());
+  throw py::error_already_set();
+}
+
 /// An int object as a 32-bit int value; OverflowError beyond that range.
 KR::KRValue intValue(PyObject* object, const Walk& walk) {
   int overflow = 0;
@@ -43,6 +53,17 @@ KR::KRValue intValue(PyObject* object, const Walk& walk) {
     throw py::error_already_set();
   }
   return KR::KRValue(static_cast<int>(number));
+}
+
+/// A float object as a 32-bit float value, rounded to the nearest float;
+/// OverflowError for a finite number beyond the float range, which would
+/// otherwise round to an infinity. NaN and the infinities stay what they are.
+float floatOf(double number, const Walk& walk) {
+  const float narrowed = static_cast<float>(number);
+  if (std::isinf(narrowed) && !std::isinf(number)) {
+    throwFloatOverflow(number, walk);
+  }
+  return narrowed;
 }
 
 bool isNumpyObject(PyObject* object) {
@@ -75,7 +96,13 @@ void convertSequence(PyObject* sequence, KR::KRValue& out, Walk& walk) {
         isList ? PyList_GET_ITEM(sequence, i) : PyTuple_GET_ITEM(sequence, i);
     // Floats, the bulk of record lists, without the general dispatch.
     if (Py_IS_TYPE(element, &PyFloat_Type)) {
-      elements[i] = static_cast<float>(PyFloat_AS_DOUBLE(element));
+      const double number = PyFloat_AS_DOUBLE(element);
+      const float narrowed = static_cast<float>(number);
+      if (std::isinf(narrowed) && !std::isinf(number)) {
+        walk.position.back() = i;
+        throwFloatOverflow(number, walk);
+      }
+      elements[i] = narrowed;
       continue;
     }
     walk.position.back() = i;
@@ -137,7 +164,7 @@ void convert(PyObject* object, KR::KRValue& out, Walk& walk) {
     return;
   }
   if (PyFloat_Check(object)) {
-    out = static_cast<float>(PyFloat_AS_DOUBLE(object));
+    out = floatOf(PyFloat_AS_DOUBLE(object), walk);
     return;
   }
   if (PyUnicode_Check(object)) {
@@ -235,6 +262,41 @@ py::object fromValue(const KR::KRValue& value) {
   return std::move(list);
 }
 
+namespace {
+
+/// An infinity in `array` that was a finite number in `object`, the numbers
+/// it was converted from, is a number beyond the float range: OverflowError,
+/// naming the first such element. Only an array holding an infinity is
+/// looked at again.
+void checkNarrowing(py::handle object,
+                    const py::array_t<float, py::array::c_style | py::array::forcecast>& array) {
+  const float* narrowed = array.data();
+  const py::ssize_t size = array.size();
+  py::ssize_t first = 0;
+  while (first < size && !std::isinf(narrowed[first])) {
+    ++first;
+  }
+  if (first == size) {
+    return;
+  }
+  const auto wide =
+      py::cast<py::array_t<double, py::array::c_style | py::array::forcecast>>(object);
+  const double* numbers = wide.data();
+  for (py::ssize_t i = first; i < size; ++i) {
+    if (std::isinf(narrowed[i]) && !std::isinf(numbers[i])) {
+      Walk walk;
+      const py::ssize_t columns = array.ndim() == 2 ? array.shape(1) : 1;
+      walk.position.push_back(array.ndim() == 2 ? i / columns : i);
+      if (array.ndim() == 2) {
+        walk.position.push_back(i % columns);
+      }
+      throwFloatOverflow(numbers[i], walk);
+    }
+  }
+}
+
+}  // namespace
+
 py::array_t<float, py::array::c_style | py::array::forcecast> floatArray(py::handle object,
                                                                         std::size_t k,
                                                                         const char* what) {
@@ -254,16 +316,40 @@ py::array_t<float, py::array::c_style | py::array::forcecast> floatArray(py::han
                          " or a float array of shape " + shape + ", got " +
                          Py_TYPE(object.ptr())->tp_name);
   }
+  checkNarrowing(object, array);
   return array;
 }
 
 KR::Math::RationalSeconds toRationalSeconds(py::handle object) {
-  if (!py::hasattr(object, "numerator") || !py::hasattr(object, "denominator")) {
-    throw py::type_error(std::string("a period is a fractions.Fraction of seconds, got ") +
-                         Py_TYPE(object.ptr())->tp_name);
+  static const py::handle fractionType =
+      py::object(py::module_::import("fractions").attr("Fraction")).release();
+  py::object exact;
+  if (PyBool_Check(object.ptr())) {
+    exact = py::none();  // a bool is an int to Python, but never a duration
+  } else if (PyUnicode_Check(object.ptr())) {
+    try {
+      exact = fractionType(object);
+    } catch (const py::error_already_set&) {
+      throw py::value_error(
+          "a duration in seconds reads as a fraction (\"1/100\", \"0.01\"), "
+          "not " +
+          py::repr(object).cast<std::string>());
+    }
+  } else if (PyFloat_Check(object.ptr())) {
+    // The nearest fraction with a denominator of at most a million: 0.01
+    // becomes 1/100 rather than the binary 5764607523034235/576460752303423488.
+    exact = fractionType(object).attr("limit_denominator")(kMaxFloatDenominator);
+  } else if (py::hasattr(object, "numerator") && py::hasattr(object, "denominator")) {
+    exact = py::reinterpret_borrow<py::object>(object);  // a Fraction or an int
   }
-  const int numerator = object.attr("numerator").cast<int>();
-  const int denominator = object.attr("denominator").cast<int>();
+  if (!exact || exact.is_none()) {
+    throw py::type_error(
+        std::string("a duration in seconds is a fractions.Fraction, an int, a str such as "
+                    "\"1/100\" or a float, got ") +
+        Py_TYPE(object.ptr())->tp_name);
+  }
+  const int numerator = exact.attr("numerator").cast<int>();
+  const int denominator = exact.attr("denominator").cast<int>();
   return KR::Math::RationalSeconds(boost::rational<int>(numerator, denominator));
 }
 
@@ -285,6 +371,23 @@ KR::Math::Trajectory::Limits toLimits(py::handle object) {
   throw py::type_error(std::string("limits are Limits(max_velocity, max_acceleration) or a "
                                    "(velocity, acceleration) tuple, got ") +
                        Py_TYPE(object.ptr())->tp_name);
+}
+
+std::string floatsText(const std::vector<float>& floats) {
+  std::string text = "[";
+  for (std::size_t i = 0; i < floats.size(); ++i) {
+    text += i == 0 ? "" : ", ";
+    KR::Math::appendFloatText(text, floats[i]);
+  }
+  return text + "]";
+}
+
+void throwFloatArgumentOverflow(double number) {
+  const py::float_ shown(number);
+  PyErr_Format(PyExc_OverflowError,
+               "the float %R is outside a KRValue float's range [-3.4028235e+38, 3.4028235e+38]",
+               shown.ptr());
+  throw py::error_already_set();
 }
 
 }  // namespace krpy

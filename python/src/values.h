@@ -4,17 +4,19 @@
 #pragma once
 
 #include <kr/krvalue.h>
+#include <kr/math/floattext.h>
 #include <kr/math/rationalseconds.h>
 #include <kr/math/trajectory/limits.h>
 #include <kr/valueutils/locate.h>
-
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <exception>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -162,8 +164,25 @@ std::vector<Record> toRecords(py::handle object, const char* what) {
   return records;
 }
 
-/// A fractions.Fraction (or an int) of seconds as the trajectories' period.
+/// The largest denominator of the fraction a float period or duration is
+/// rounded to.
+constexpr long kMaxFloatDenominator = 1000000;
+
+/// A period or duration in seconds, exact: a fractions.Fraction, an int, or
+/// a str that fractions.Fraction reads ("1/100", "0.01"); a float becomes
+/// the nearest fraction whose denominator is at most kMaxFloatDenominator.
+/// TypeError for anything else (a bool included), ValueError for a str that
+/// is not a fraction.
 KR::Math::RationalSeconds toRationalSeconds(py::handle object);
+
+/// The arguments of that kind, so that signatures name what they take.
+struct SecondsArgument {
+  KR::Math::RationalSeconds value;
+};
+/// A Limits or a (max_velocity, max_acceleration) tuple.
+struct LimitsArgument {
+  KR::Math::Trajectory::Limits value{0.0f, 0.0f};
+};
 
 /// A RationalSeconds as a fractions.Fraction.
 py::object toFraction(const KR::Math::RationalSeconds& seconds);
@@ -172,6 +191,21 @@ py::object toFraction(const KR::Math::RationalSeconds& seconds);
 KR::Math::Trajectory::Limits toLimits(py::handle object);
 
 // The parts of the module, one per translation unit.
+/// The record as its operator<< writes it ("Pose2D(x=1, y=2, theta=0.5)"),
+/// each float in its shortest exact form.
+template <typename Record>
+std::string streamed(const Record& record) {
+  std::ostringstream out;
+  out << record;
+  return out.str();
+}
+
+/// OverflowError for a float argument beyond the float range.
+[[noreturn]] void throwFloatArgumentOverflow(double number);
+
+/// Floats as a list, each in its shortest exact form: "[0.1, 2]".
+std::string floatsText(const std::vector<float>& floats);
+
 void bindRecords(py::module_& m);
 void bindScalars(py::module_& m);
 void bindGeometry(py::module_& m);
@@ -212,6 +246,58 @@ struct type_caster<KR::KRValue> {
 
  private:
   krpy::ValueLease lease_;
+};
+
+template <>
+struct type_caster<krpy::SecondsArgument> {
+  PYBIND11_TYPE_CASTER(krpy::SecondsArgument, const_name("fractions.Fraction | int | str | float"));
+  bool load(handle source, bool) {
+    value.value = krpy::toRationalSeconds(source);
+    return true;
+  }
+  static handle cast(const krpy::SecondsArgument& source, return_value_policy, handle) {
+    return krpy::toFraction(source.value).release();
+  }
+};
+
+template <>
+struct type_caster<krpy::LimitsArgument> {
+  PYBIND11_TYPE_CASTER(krpy::LimitsArgument, const_name("Limits | tuple[float, float]"));
+  bool load(handle source, bool) {
+    value.value = krpy::toLimits(source);
+    return true;
+  }
+  static handle cast(const krpy::LimitsArgument& source, return_value_policy policy,
+                     handle parent) {
+    return make_caster<KR::Math::Trajectory::Limits>::cast(source.value, policy, parent);
+  }
+};
+
+/// Float arguments, record fields and list elements (std::vector<float>) are
+/// read as pybind11 reads any number, as a double first, and then rounded to
+/// the nearest float; a finite number beyond the float range raises
+/// OverflowError instead of becoming an infinity.
+template <>
+class type_caster<float> {
+ public:
+  bool load(handle source, bool convert) {
+    type_caster<double> wide;
+    if (!wide.load(source, convert)) {
+      return false;
+    }
+    const double number = static_cast<double>(wide);
+    value = static_cast<float>(number);
+    if (std::isinf(value) && !std::isinf(number)) {
+      krpy::throwFloatArgumentOverflow(number);
+    }
+    return true;
+  }
+
+  static handle cast(float source, return_value_policy, handle) {
+    return PyFloat_FromDouble(static_cast<double>(source));
+  }
+
+  PYBIND11_TYPE_CASTER(float, const_name("float"));
 };
 
 }  // namespace detail
