@@ -10,6 +10,7 @@ packages=(
   nlohmann-json3-dev libcli11-dev libeigen3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   python3-dev pybind11-dev python3-numpy python3-pytest python3-hypothesis python3-mypy python3-jsonschema
+  python3-pip python3-venv python3-setuptools python3-wheel python3-build
 )
 
 missing=()

@@ -14,7 +14,10 @@
 #      the g++ build installed and used through find_package and through
 #      pkg-config; the platform libraries built apart as static libraries and
 #      installed, and a parent project adding this tree with add_subdirectory
-#      that builds the library statically against them.
+#      that builds the library statically against them; the installed tool
+#      serving the installed schemas;
+#   5. the Python package built as a wheel by its own build (pyproject.toml)
+#      and installed into a fresh venv, where the example runs.
 # Compilations go through ccache when it is installed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -140,5 +143,18 @@ if readelf -d build/subproject/subproject | grep -E 'NEEDED.*lib(krvalueutils|kr
   exit 1
 fi
 build/subproject/subproject
+
+step "Python package: a wheel built the way pip builds one, installed into a fresh venv"
+# The package's own build (pyproject.toml, setup.py): the libraries linked
+# statically into the module, nothing else built; then the wheel in a venv,
+# with numpy from the system, and the example run from outside the tree.
+rm -rf build/wheel build/venv
+(cd build && CMAKE_ARGS="${launcher[*]}" /usr/bin/python3 -m build --wheel --no-isolation \
+  --outdir wheel .. >/dev/null)
+/usr/bin/python3 -m venv --system-site-packages build/venv
+build/venv/bin/pip install --quiet --no-index --no-deps build/wheel/krvalueutils-*.whl
+(cd build/venv && bin/python -c \
+  'import krvalueutils, sys; assert "/venv/" in krvalueutils.__file__, krvalueutils.__file__' &&
+  bin/python ../../examples/python/robot_motion.py >/dev/null)
 
 step "all tests passed"
