@@ -294,7 +294,7 @@ void addListReaders(Commands& c) {
   c.readers.push_back(listReader("pose2d-and-times", "prints one Pose2DAndTime per line",
                                  extractVectorPose2DAndTimeFromKRValue));
   c.readers.push_back(listReader("position3ds",
-                                 "prints one Position3D per line (anything else: an empty list)",
+                                 "prints one Position3D per line",
                                  extractVectorPosition3DFromKRValue));
   c.readers.push_back(listReader("position6ds", "prints one Position6D per line",
                                  extractVectorPosition6DFromKRValue));

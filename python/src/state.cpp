@@ -118,10 +118,11 @@ void bindStatus(py::module_& m) {
         return py::cast(touch);
       },
       py::arg("value"), py::arg("name"), py::arg("with_ints") = false,
-      readerDoc(
-          "touch",
-          "[[name, touched], ...] as a dict name -> bool; with `with_ints`, name -> (bool, int) "
-          "(the C++ overload that reads an int per name)."));
+      // One function for both of the tool's readers: the layout of each.
+      readerDoc("touch",
+                readerDoc("touch-with-ints",
+                          "[[name, touched], ...] as a dict name -> bool; with `with_ints`, "
+                          "name -> (bool, int) (the C++ overload that reads an int per name).")));
   m.def(
       "extract_navigation_from_krvalue",
       [](const KRValue& value, const std::string& name) {

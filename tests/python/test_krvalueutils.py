@@ -233,7 +233,7 @@ def test_path_and_trajectory_builders() -> None:
     np.testing.assert_allclose(states[[0, 2], 3:], 0.0, atol=1e-6)  # at rest at both ends
     with pytest.raises(TypeError, match="Fraction"):
         kv.extract_trajectory_pose2d_builder_from_krvalue(
-            ["NonHolonomic", ["Line", [1, 0]], 1.0], "t", 0.01, (1, 1), (1, 1), 1.0
+            ["NonHolonomic", ["Line", [1, 0]], 1.0], "t", [0.01], (1, 1), (1, 1), 1.0
         )
 
 
