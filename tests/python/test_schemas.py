@@ -34,6 +34,11 @@ CASES: List[ReaderCase] = [
     for case in importlib.import_module(f"schema_cases.{family}").CASES]
 BY_NAME: Dict[str, ReaderCase] = {case.name: case for case in CASES}
 
+# Generated values per reader and test; a longer campaign sets
+# KRVALUEUTILS_SCHEMA_EXAMPLES (the agreement test draws that many, the
+# valid-values test a fifth).
+EXAMPLES = int(os.environ.get("KRVALUEUTILS_SCHEMA_EXAMPLES", "200"))
+
 _validators: Dict[str, jsonschema.Draft202012Validator] = {}
 
 
@@ -78,36 +83,13 @@ def test_the_tool_serves_the_same_schemas_and_lists_every_reader_with_its_schema
         assert entry["layout"] == schema["title"]
         assert entry["summary"].startswith(schema["title"] + "; ")
         assert json.loads(run_tool("schema", entry["name"])) == schema
-    bundle = json.loads(run_tool("schema", "--all"))
-    assert bundle == kv.schema_bundle()
-    assert bundle["$defs"] == {name: kv.schema(name) for name in kv.schema_names()}
+    assert json.loads(run_tool("schema", "--all")) == kv.schema_bundle()
 
 
-def test_the_bundle_validates_by_each_readers_id() -> None:
+def test_the_bundle_is_a_schema_of_every_readers_schema() -> None:
     bundle = kv.schema_bundle()
     jsonschema.Draft202012Validator.check_schema(bundle)
-    resolver = jsonschema.RefResolver.from_schema(bundle)
-    for case in CASES:
-        by_id = {"$ref": f"urn:krvalueutils:schema:{case.name}"}
-        checker = jsonschema.Draft202012Validator(by_id, resolver=resolver)
-        for example in kv.schema(case.name)["examples"]:
-            assert checker.is_valid(example), (case.name, example)
-        for failure in kv.schema(case.name).get("x-messages", []):
-            assert checker.is_valid(failure["value"]) == validator(case.name).is_valid(
-                failure["value"]), (case.name, failure)
-
-
-def test_each_readers_docstring_gives_its_schemas_layout_and_description() -> None:
-    documented = set()
-    for name in dir(kv):
-        doc = getattr(getattr(kv, name), "__doc__", None) or ""
-        for reader in re.findall(r'Schema: krvalueutils\.schema\("([^"]+)"\)', doc):
-            schema = kv.schema(reader)
-            assert f"Value: {schema['title']}\n\n{schema['description']}\n" in doc, name
-            documented.add(reader)
-    # Every reader but the tool's own comparison of two rest requests has a
-    # Python function of its own.
-    assert documented == set(kv.schema_names()) - {"rest-request-comparison"}
+    assert bundle["$defs"] == {name: kv.schema(name) for name in kv.schema_names()}
 
 
 @pytest.mark.parametrize("case", CASES, ids=lambda case: case.name)
@@ -143,7 +125,8 @@ def test_the_listed_failures_fail_with_their_messages(case: ReaderCase) -> None:
 
 
 @pytest.mark.parametrize("case", CASES, ids=lambda case: case.name)
-@settings(max_examples=60, deadline=None, suppress_health_check=list(HealthCheck))
+@settings(max_examples=max(EXAMPLES // 5, 1), deadline=None, database=None,
+          suppress_health_check=list(HealthCheck))
 @given(data=st.data())
 def test_valid_values_are_accepted(case: ReaderCase, data: st.DataObject) -> None:
     value = data.draw(case.valid)
@@ -152,7 +135,8 @@ def test_valid_values_are_accepted(case: ReaderCase, data: st.DataObject) -> Non
 
 
 @pytest.mark.parametrize("case", CASES, ids=lambda case: case.name)
-@settings(max_examples=300, deadline=None, suppress_health_check=list(HealthCheck))
+@settings(max_examples=EXAMPLES, deadline=None, database=None,
+          suppress_health_check=list(HealthCheck))
 @given(data=st.data())
 def test_reader_and_schema_agree(case: ReaderCase, data: st.DataObject) -> None:
     value = data.draw(st.one_of(near_misses(case.valid), case.near))
