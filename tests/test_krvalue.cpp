@@ -86,8 +86,9 @@ TEST(KRValueArray, MovedFromTakesEveryKindInOrderAndLeavesTheSourcesInvalid) {
     ASSERT_TRUE(array.isArray());
     ASSERT_EQ(array.getSize(), static_cast<unsigned>(n));
     for (int i = 0; i < n; ++i) {
-      EXPECT_EQ(array[i], copies[i]);
-      EXPECT_FALSE(sources[i].isValid());
+      const std::size_t at = static_cast<std::size_t>(i);
+      EXPECT_EQ(array[i], copies[at]);
+      EXPECT_FALSE(sources[at].isValid());
     }
   }
 }

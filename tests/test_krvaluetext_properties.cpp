@@ -319,11 +319,12 @@ TEST(TextProperties, EveryNumberTokenReadsAsTheNearestFloatOrItsInt) {
     // The token alone, as an element, and as an element of a nested array.
     const std::pair<std::string, std::vector<int>> placed[] = {
         {token, {}}, {"[" + token + "]", {0}}, {"[[1, " + token + "], 2]", {0, 1}}};
-    for (const auto& [text, path] : placed) {
+    for (const auto& place : placed) {
+      const std::string& text = place.first;  // a lambda below takes it: no structured binding
       KRValue read;
       ASSERT_EQ(messageOf([&] { read = parseKRValue(text); }), kNoThrow) << text;
       const KRValue* number = &read;
-      for (const int index : path) {
+      for (const int index : place.second) {
         number = &(*number)[index];
       }
       if (isInt) {
