@@ -123,3 +123,11 @@ def test_a_readers_docstring_shows_its_failures() -> None:
     doc = kv.extract_pose2d_from_krvalue.__doc__ or ""
     for failure in kv.schema("pose2d")["x-messages"]:
         assert "\n    " + failure["message"] in doc
+
+
+@settings(max_examples=300)
+@given(seconds=st.floats(min_value=1e-6, max_value=1000.0))
+def test_a_float_period_is_its_nearest_fraction_with_a_denominator_up_to_a_million(seconds: float) -> None:
+    period = kv.HolonomicTrajectoryFactory((1, 1), (1, 1), seconds).period
+    assert period == Fraction(seconds).limit_denominator(1_000_000)
+    assert period.denominator <= 1_000_000
