@@ -16,8 +16,9 @@
 #      installed, and a parent project adding this tree with add_subdirectory
 #      that builds the library statically against them; the installed tool
 #      serving the installed schemas;
-#   5. the Python package built as a wheel by its own build (pyproject.toml)
-#      and installed into a fresh venv, where the example runs.
+#   5. the Python package installed by `pip install .` with and without build
+#      isolation, and built as a wheel by `python3 -m build`, each into a fresh
+#      venv, where the example runs.
 # Compilations go through ccache when it is installed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -144,17 +145,37 @@ if readelf -d build/subproject/subproject | grep -E 'NEEDED.*lib(krvalueutils|kr
 fi
 build/subproject/subproject
 
-step "Python package: a wheel built the way pip builds one, installed into a fresh venv"
+step "Python package: pip install . (isolated and not) and a wheel, each in a fresh venv"
 # The package's own build (pyproject.toml, setup.py): the libraries linked
-# statically into the module, nothing else built; then the wheel in a venv,
-# with numpy from the system, and the example run from outside the tree.
-rm -rf build/wheel build/venv
-(cd build && CMAKE_ARGS="${launcher[*]}" /usr/bin/python3 -m build --wheel --no-isolation \
-  --outdir wheel .. >/dev/null)
+# statically into the module, nothing else built. Each way of installing gets
+# a fresh venv (numpy from the system) and runs the example from outside the
+# tree; the CMake build directory under build/temp.* serves all three.
+rm -rf build/wheel build/venv build/venv-pip build/venv-isolated build/wheelhouse
+# Runs the example with the package installed in venv $1.
+try_venv() {
+  (cd "$1" && bin/python -c \
+    'import krvalueutils, sys; assert "/venv" in krvalueutils.__file__, krvalueutils.__file__' &&
+    bin/python ../../examples/python/robot_motion.py >/dev/null)
+}
+export CMAKE_ARGS="${launcher[*]}"
+# 1. python3 -m build --wheel --no-isolation, the wheel installed.
+(cd build && /usr/bin/python3 -m build --wheel --no-isolation --outdir wheel .. >/dev/null)
 /usr/bin/python3 -m venv --system-site-packages build/venv
 build/venv/bin/pip install --quiet --no-index --no-deps build/wheel/krvalueutils-*.whl
-(cd build/venv && bin/python -c \
-  'import krvalueutils, sys; assert "/venv/" in krvalueutils.__file__, krvalueutils.__file__' &&
-  bin/python ../../examples/python/robot_motion.py >/dev/null)
+try_venv build/venv
+# 2. pip install --no-build-isolation ., from the machine's packages alone.
+/usr/bin/python3 -m venv --system-site-packages build/venv-pip
+build/venv-pip/bin/pip install --quiet --no-index --no-build-isolation .
+try_venv build/venv-pip
+# 3. pip install . with build isolation: pip installs the declared build
+# requirements into a fresh environment. With no package index here, they come
+# from a local wheelhouse made of the distribution's setuptools and wheel.
+mkdir -p build/wheelhouse
+cp /usr/share/python-wheels/setuptools-*.whl build/wheelhouse/
+scripts/wheel-from-distribution wheel build/wheelhouse
+/usr/bin/python3 -m venv --system-site-packages build/venv-isolated
+build/venv-isolated/bin/pip install --quiet --no-index --find-links build/wheelhouse .
+try_venv build/venv-isolated
+unset CMAKE_ARGS
 
 step "all tests passed"

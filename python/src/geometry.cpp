@@ -166,8 +166,8 @@ void bindWriters(py::module_& m) {
       py::arg("position"), "[x, y]");
   m.def(
       "extract_krvalue_from_vector_position2d",
-      [](py::handle positions) {
-        const auto records = toRecords<M::Position2D, 2>(positions, "Position2D");
+      [](const Typed<Position2DsType>& positions) {
+        const auto records = toRecords<M::Position2D, 2>(positions.object, "Position2D");
         KRValue out;
         VU::extractKRValueFromVectorPosition2D(records, out);
         return out;
@@ -192,8 +192,8 @@ void bindWriters(py::module_& m) {
       py::arg("state"), "[[x, y, theta] of position, of velocity, of acceleration]");
   m.def(
       "extract_krvalue_from_vector_pose2d_pos_vel_acc",
-      [](py::handle states) {
-        const auto records = toRecords<M::Pose2DPosVelAcc, 9>(states, "Pose2DPosVelAcc");
+      [](const Typed<StatesType>& states) {
+        const auto records = toRecords<M::Pose2DPosVelAcc, 9>(states.object, "Pose2DPosVelAcc");
         KRValue out;
         VU::extractKRValueFromVectorPose2DPosVelAcc(records, out);
         return out;
@@ -210,8 +210,8 @@ void bindWriters(py::module_& m) {
       py::arg("groups"), "[[floats of groups[0]], ...]; [] when empty.");
   m.def(
       "create_krvalue_from_vector_position3d",
-      [](py::handle positions) {
-        const auto records = toRecords<M::Position3D, 3>(positions, "Position3D");
+      [](const Typed<Position3DsType>& positions) {
+        const auto records = toRecords<M::Position3D, 3>(positions.object, "Position3D");
         KRValue out;
         VU::createKRValueFromVectorPosition3D(records, out);
         return out;

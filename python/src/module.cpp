@@ -106,6 +106,11 @@ PYBIND11_MODULE(_krvalueutils, m) {
   m.doc() =
       "Checked conversions between plain Python values and robot records (C++ "
       "libkrvalueutils).";
+  // Everything bound here is re-exported by the package, so classes,
+  // exceptions and functions say they belong to it: signatures, reprs and
+  // tracebacks then name krvalueutils.Pose2D, not the extension module.
+  const pybind11::object extensionName = m.attr("__name__");
+  m.attr("__name__") = "krvalueutils";
   krpy::bindErrors(m);
   krpy::bindRecords(m);
   krpy::bindText(m);
@@ -115,4 +120,5 @@ PYBIND11_MODULE(_krvalueutils, m) {
   krpy::bindPaths(m);
   krpy::bindSchemas(m);
   krpy::subscribeLogging(m);
+  m.attr("__name__") = extensionName;
 }

@@ -295,18 +295,18 @@ void bindReaders(py::module_& m) {
       readerDoc("path", "A direct or \"Composed\" path as a PathBuilder."));
   m.def(
       "extract_direct_path2d_into_trajectory_factory",
-      [](const KRValue& value, const std::string& name, py::handle factory) {
+      [](const KRValue& value, const std::string& name, const Typed<FactoryType>& factory) {
         located(value, name, [&] {
-          VU::extractDirectPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+          VU::extractDirectPath2DIntoTrajectoryFactory(value, name, toFactory(factory.object));
         });
       },
       py::arg("value"), py::arg("name"), py::arg("factory"),
       "Adds one direct path to `factory` (nothing on failure).");
   m.def(
       "extract_path2d_into_trajectory_factory",
-      [](const KRValue& value, const std::string& name, py::handle factory) {
+      [](const KRValue& value, const std::string& name, const Typed<FactoryType>& factory) {
         located(value, name, [&] {
-          VU::extractPath2DIntoTrajectoryFactory(value, name, toFactory(factory));
+          VU::extractPath2DIntoTrajectoryFactory(value, name, toFactory(factory.object));
         });
       },
       py::arg("value"), py::arg("name"), py::arg("factory"),

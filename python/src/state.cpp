@@ -107,15 +107,15 @@ void bindStatus(py::module_& m) {
           "[level, [name, ...], ...] as (level, set of names); the names must not be empty."));
   m.def(
       "extract_touch_from_krvalue",
-      [](const KRValue& value, const std::string& name, bool withInts) -> py::object {
+      [](const KRValue& value, const std::string& name, bool withInts) -> Typed<TouchType> {
         if (withInts) {
           std::map<std::string, std::pair<bool, int>> touch;
           located(value, name, [&] { VU::extractTouchFromKRValue(value, name, touch); });
-          return py::cast(touch);
+          return {py::cast(touch)};
         }
         std::map<std::string, bool> touch;
         located(value, name, [&] { VU::extractTouchFromKRValue(value, name, touch); });
-        return py::cast(touch);
+        return {py::cast(touch)};
       },
       py::arg("value"), py::arg("name"), py::arg("with_ints") = false,
       // One function for both of the tool's readers: the layout of each.

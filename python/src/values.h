@@ -184,6 +184,32 @@ struct LimitsArgument {
   KR::Math::Trajectory::Limits value{0.0f, 0.0f};
 };
 
+/// A Python object passed through as it is, for a binding that inspects it
+/// itself; `Type::name` is the type its signature shows.
+template <typename Type>
+struct Typed {
+  py::object object;
+};
+/// The type names of the objects bindings take or return that way.
+struct Position2DsType {
+  static constexpr auto name = pybind11::detail::const_name("Sequence[Position2D] | numpy.ndarray");
+};
+struct Position3DsType {
+  static constexpr auto name = pybind11::detail::const_name("Sequence[Position3D] | numpy.ndarray");
+};
+struct StatesType {
+  static constexpr auto name =
+      pybind11::detail::const_name("Sequence[Pose2DPosVelAcc] | numpy.ndarray");
+};
+struct FactoryType {
+  static constexpr auto name =
+      pybind11::detail::const_name("HolonomicTrajectoryFactory | NonHolonomicTrajectoryFactory");
+};
+struct TouchType {
+  static constexpr auto name =
+      pybind11::detail::const_name("dict[str, bool] | dict[str, tuple[bool, int]]");
+};
+
 /// A RationalSeconds as a fractions.Fraction.
 py::object toFraction(const KR::Math::RationalSeconds& seconds);
 
@@ -257,6 +283,18 @@ struct type_caster<krpy::SecondsArgument> {
   }
   static handle cast(const krpy::SecondsArgument& source, return_value_policy, handle) {
     return krpy::toFraction(source.value).release();
+  }
+};
+
+template <typename Type>
+struct type_caster<krpy::Typed<Type>> {
+  PYBIND11_TYPE_CASTER(krpy::Typed<Type>, Type::name);
+  bool load(handle source, bool) {
+    value.object = reinterpret_borrow<object>(source);
+    return true;
+  }
+  static handle cast(const krpy::Typed<Type>& source, return_value_policy, handle) {
+    return source.object.inc_ref();
   }
 };
 
