@@ -1,7 +1,7 @@
 // Load-time set-up of the library and its warnings.
 #include <kr/diagnosislogdirectory.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <zu/log.h>
 

@@ -4,7 +4,7 @@
 #include <kr/valueutils/lists.h>
 #include <kr/math/supportsequence.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <cstddef>
 #include <string>

@@ -2,8 +2,8 @@
 // transforms from positional value arrays.
 #include <kr/valueutils/geometry.h>
 
-#include "krvalueutils_geometry_internal.h"
-#include "krvalueutils_internal.h"
+#include "geometry_internal.h"
+#include "internal.h"
 
 #include <string>
 #include <vector>

@@ -7,7 +7,7 @@
 // malformed entry but keeps what it has inserted.
 #include <kr/valueutils/lists.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <map>
 #include <string>

@@ -2,8 +2,8 @@
 // for Position6D and Transform also a list of groups of records.
 #include <kr/valueutils/geometrylists.h>
 
-#include "krvalueutils_geometry_internal.h"
-#include "krvalueutils_internal.h"
+#include "geometry_internal.h"
+#include "internal.h"
 
 #include <string>
 #include <vector>

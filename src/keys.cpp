@@ -2,7 +2,7 @@
 #include <kr/valueutils/keys.h>
 #include <kr/math/bezierautokey.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <cstddef>
 #include <string>

@@ -11,8 +11,8 @@
 #include <kr/math/trajectory/limits.h>
 #include <kr/math/trajectory/trajectoryfactory.h>
 
-#include "krvalueutils_builders_internal.h"
-#include "krvalueutils_internal.h"
+#include "builders_internal.h"
+#include "internal.h"
 
 #include <string>
 #include <vector>

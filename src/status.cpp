@@ -8,8 +8,8 @@
 #include <kr/math/position2d.h>
 #include <kr/math/position3d.h>
 
-#include "krvalueutils_geometry_internal.h"
-#include "krvalueutils_internal.h"
+#include "geometry_internal.h"
+#include "internal.h"
 
 #include <map>
 #include <set>

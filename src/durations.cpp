@@ -1,7 +1,7 @@
 // Durations, exchanged as two int values: whole seconds and microseconds.
 #include <kr/valueutils/durations.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <zu/os.h>
 

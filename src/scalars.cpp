@@ -4,7 +4,7 @@
 #include <kr/math/axismask.h>
 #include <kr/math/clip.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <bitset>
 #include <string>

@@ -8,7 +8,7 @@
 #include <kr/valueutils/lists.h>
 #include <kr/restrequest.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <cstddef>
 #include <string>

@@ -11,9 +11,9 @@
 #include <kr/math/trajectory/pathfactory.h>
 #include <kr/math/trajectory/trajectoryfactory.h>
 
-#include "krvalueutils_builders_internal.h"
-#include "krvalueutils_geometry_internal.h"
-#include "krvalueutils_internal.h"
+#include "builders_internal.h"
+#include "geometry_internal.h"
+#include "internal.h"
 
 #include <string>
 #include <variant>

@@ -2,7 +2,7 @@
 // appended to the caller's list.
 #include <kr/valueutils/motionconfig.h>
 
-#include "krvalueutils_internal.h"
+#include "internal.h"
 
 #include <string>
 #include <utility>
