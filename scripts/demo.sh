@@ -5,7 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/install-deps.sh
-cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DKR_BUILD_TESTS=OFF >/dev/null
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DKRVALUEUTILS_BUILD_TESTS=OFF \
+  >/dev/null
 cmake --build build/release --target krvalueutils_tool
 
 krvalue=build/release/tools/krvalue

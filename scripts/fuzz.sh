@@ -40,8 +40,8 @@ if command -v ccache >/dev/null; then
   launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 fi
 cmake -S . -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DKR_BUILD_FUZZ=ON -DKR_BUILD_TESTS=OFF -DKR_BUILD_TOOLS=OFF -DKR_BUILD_BENCH=OFF \
-  -DKR_WERROR=ON "${launcher[@]}" >/dev/null
+  -DKRVALUEUTILS_BUILD_FUZZ=ON -DKRVALUEUTILS_BUILD_TESTS=OFF -DKRVALUEUTILS_BUILD_TOOLS=OFF \
+  -DKRVALUEUTILS_BUILD_BENCH=OFF -DKRVALUEUTILS_WERROR=ON "${launcher[@]}" >/dev/null
 cmake --build build/fuzz --target "${targets[@]/#/krvalueutils_}"
 
 # Runs one target; prints one summary line and returns its status.
