@@ -40,6 +40,23 @@ function(kr_warnings target)
   endif()
 endfunction()
 
+# kr_link(<target> <library> ...): links this project's libraries by their
+# short names (zu, krvalue, krmath, krvaluetext, krvalueutils); other names
+# are linked as they are.
+function(kr_link target)
+  set(libraries)
+  foreach(library IN LISTS ARGN)
+    if(library MATCHES "^(zu|krvalue|krmath)$")
+      list(APPEND libraries ${library}::${library})
+    elseif(library MATCHES "^(krvaluetext|krvalueutils)$")
+      list(APPEND libraries krvalueutils::${library})
+    else()
+      list(APPEND libraries ${library})
+    endif()
+  endforeach()
+  target_link_libraries(${target} PRIVATE ${libraries})
+endfunction()
+
 # kr_library(<name> EXPORT_HEADER <file> EXPORT_MACRO <MACRO> SOURCES ...):
 # the library lib<name>, shared or static after BUILD_SHARED_LIBS, as the
 # target krvalueutils_<name> (krvalueutils for the library itself), usable as

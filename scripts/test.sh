@@ -12,10 +12,10 @@
 #      readers, writers and warnings from several threads at once;
 #   4. packaging, each a small project under examples/ whose program runs:
 #      the g++ build installed and used through find_package and through
-#      pkg-config; the platform libraries built apart as static libraries and
-#      installed, and a parent project adding this tree with add_subdirectory
-#      that builds the library statically against them; the installed tool
-#      serving the installed schemas;
+#      pkg-config; the platform libraries built apart as static libraries,
+#      each running its own suites, and installed, and a parent project adding
+#      this tree with add_subdirectory that builds the library statically
+#      against them; the installed tool serving the installed schemas;
 #   5. the Python package installed by `pip install .` with and without build
 #      isolation, and built as a wheel by `python3 -m build`, each into a fresh
 #      venv, where the example runs.
@@ -123,15 +123,17 @@ g++ -o build/pkg-config/consumer examples/consumer/main.cpp \
   -Wl,-rpath,"$PWD/build/install/lib"
 build/pkg-config/consumer
 
-# The platform libraries built on their own as static libraries and installed
-# apart, then a parent project that adds this tree with add_subdirectory and
-# builds the library, static too, against them; no optimisation, to build fast.
+# The platform libraries built on their own as static libraries, each running
+# its own suites, and installed apart, then a parent project that adds this
+# tree with add_subdirectory and builds the library, static too, against them;
+# no optimisation, to build fast.
 rm -rf build/platform-install
 for library in zu krvalue krmath; do
   cmake -S "platform/$library" -B "build/platform/$library" -G Ninja -DCMAKE_CXX_COMPILER=g++ \
     "${launcher[@]}" -DBUILD_SHARED_LIBS=OFF -DKRVALUEUTILS_WERROR=ON \
     -DCMAKE_INSTALL_PREFIX="$PWD/build/platform-install" >/dev/null
   cmake --build "build/platform/$library" -j "$jobs"
+  ctest --test-dir "build/platform/$library" --output-on-failure -j "$jobs"
   cmake --install "build/platform/$library" >/dev/null
 done
 cmake -S examples/subproject -B build/subproject -G Ninja -DCMAKE_CXX_COMPILER=g++ \

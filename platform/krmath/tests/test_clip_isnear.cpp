@@ -1,5 +1,5 @@
 // The geometry library's small pieces: clipping and nearness (axis masks and
-// frames through their readers, in test_scalar).
+// frames through the readers of krvalueutils, in its test_scalar).
 #include <kr/math/clip.h>
 #include <kr/math/isnear.h>
 

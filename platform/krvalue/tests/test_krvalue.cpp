@@ -1,16 +1,34 @@
 #include <kr/krvalue.h>
 
-#include "test_support.h"
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <limits>
+#include <stdexcept>
+#include <string>
 #include <tuple>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
+#include <vector>
 
 namespace {
 
 using KR::KRValue;
+
+// The message of the std::runtime_error that `f` throws, failing the test if
+// the exception is a subclass rather than exactly that type; "" when `f`
+// throws nothing.
+template <typename F>
+std::string messageOf(F&& f) {
+  try {
+    f();
+  } catch (const std::runtime_error& e) {
+    EXPECT_EQ(typeid(e), typeid(std::runtime_error)) << e.what();
+    return e.what();
+  }
+  return "";
+}
 
 static_assert(sizeof(KRValue) == 16 && std::is_nothrow_move_constructible_v<KRValue> &&
               std::is_nothrow_move_assignable_v<KRValue>, "16 bytes, noexcept moves");
