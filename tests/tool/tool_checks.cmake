@@ -1,6 +1,8 @@
 # Checks of the krvalue tool's conventions: where results and messages go,
 # exit statuses, number printing, --json, --lines, --version and the limits.
-# Included from this directory's CMakeLists.txt when tests are built.
+# Included from tools/CMakeLists.txt when tests are built; the checks run in
+# the tool's build directory.
+set(KR_CHECK_TOOL ${CMAKE_CURRENT_LIST_DIR}/check_tool.cmake)
 
 # kr_tool_check(<name> ARGUMENTS <args...> STATUS <n> [OUTPUT <regex>]
 #               [ERRORS <regex>] [INPUT <text>] [OUTPUT_FILE <path>]
@@ -29,7 +31,7 @@ function(kr_tool_check name)
   add_test(NAME ${name}
     COMMAND ${CMAKE_COMMAND} -DTOOL=$<TARGET_FILE:krvalueutils_tool> "-DARGUMENTS=${arguments}"
       -DSTATUS=${ARG_STATUS} "-DOUTPUT=${ARG_OUTPUT}" ${options}
-      -P ${CMAKE_CURRENT_SOURCE_DIR}/check_tool.cmake)
+      -P ${KR_CHECK_TOOL})
 endfunction()
 
 kr_tool_check(krvalue_version
