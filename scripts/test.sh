@@ -10,8 +10,8 @@
 #      inputs is scripts/fuzz.sh's job);
 #   3. clang++ under ThreadSanitizer, only test_threads and what it links:
 #      readers, writers and warnings from several threads at once;
-#   4. packaging, each a small project under examples/ whose program runs:
-#      the g++ build installed and used through find_package and through
+#   4. packaging, each a small project under tests/packaging/ whose program
+#      runs: the g++ build installed and used through find_package and through
 #      pkg-config; the platform libraries built apart as static libraries,
 #      each running its own suites, and installed, and a parent project adding
 #      this tree with add_subdirectory that builds the library statically
@@ -112,13 +112,13 @@ for file in schema/*.schema.json; do
   cmp "$file" "build/install/share/krvalueutils/schema/$reader.schema.json"
   build/install/bin/krvalue schema "$reader" | cmp - "$file"
 done
-cmake -S examples/consumer -B build/consumer -G Ninja -DCMAKE_CXX_COMPILER=g++ \
+cmake -S tests/packaging/consumer -B build/consumer -G Ninja -DCMAKE_CXX_COMPILER=g++ \
   "${launcher[@]}" -DCMAKE_PREFIX_PATH="$PWD/build/install" >/dev/null
 cmake --build build/consumer
 build/consumer/consumer
 mkdir -p build/pkg-config
 # shellcheck disable=SC2046 # pkg-config prints several flags
-g++ -o build/pkg-config/consumer examples/consumer/main.cpp \
+g++ -o build/pkg-config/consumer tests/packaging/consumer/main.cpp \
   $(PKG_CONFIG_PATH="$PWD/build/install/lib/pkgconfig" pkg-config --cflags --libs krvalueutils) \
   -Wl,-rpath,"$PWD/build/install/lib"
 build/pkg-config/consumer
@@ -136,7 +136,7 @@ for library in zu krvalue krmath; do
   ctest --test-dir "build/platform/$library" --output-on-failure -j "$jobs"
   cmake --install "build/platform/$library" >/dev/null
 done
-cmake -S examples/subproject -B build/subproject -G Ninja -DCMAKE_CXX_COMPILER=g++ \
+cmake -S tests/packaging/subproject -B build/subproject -G Ninja -DCMAKE_CXX_COMPILER=g++ \
   "${launcher[@]}" -DBUILD_SHARED_LIBS=OFF -DKRVALUEUTILS_WERROR=ON \
   -DKRVALUEUTILS_USE_INSTALLED_PLATFORM=ON -DCMAKE_PREFIX_PATH="$PWD/build/platform-install" \
   >/dev/null
