@@ -1,5 +1,6 @@
-# Runs the krvalue tool once for ctest and checks its exit status, its
-# standard output, and on request its standard error and how a file begins:
+# Runs the krvalue tool (or an example program) once for ctest and checks its
+# exit status, its standard output, and on request its standard error and how
+# a file begins:
 #   cmake -DTOOL=<krvalue> -DARGUMENTS=<list> -DSTATUS=<n> -DOUTPUT=<regex>
 #         [-DERRORS=<regex>] [-DINPUT_FILE=<path>] [-DOUTPUT_FILE=<path>]
 #         [-DFILE=<path> -DFILE_START=<regex>] -P check_tool.cmake
