@@ -10,6 +10,7 @@ JSON Schema cannot express. A case without gaps claims that the reader and
 its schema accept exactly the same values.
 """
 
+import re
 from dataclasses import dataclass, field
 from typing import Any, Callable, Iterator, List, Optional, Tuple
 
@@ -90,6 +91,18 @@ def with_extra(prefix: "st.SearchStrategy[List[Any]]", max_extra: int = 2) -> "s
 
 def fixed(count: int, element: "st.SearchStrategy[Any]" = numbers) -> "st.SearchStrategy[List[Any]]":
     return st.lists(element, min_size=count, max_size=count)
+
+
+def rejected_with(read: Callable[[Any], object], *patterns: str) -> Callable[[Any], bool]:
+    """A gap's test: `read` rejects the value with a message matching one of
+    `patterns`, the message of the constraint the schema leaves out."""
+    def applies(value: Any) -> bool:
+        try:
+            read(value)
+        except kv.KRValueError as error:
+            return any(re.search(pattern, str(error)) for pattern in patterns)
+        return False
+    return applies
 
 
 def as_reader_failure(call: Callable[[], Any]) -> Any:

@@ -10,8 +10,8 @@ from hypothesis import strategies as st
 import krvalueutils as kv
 
 from . import (Gap, ReaderCase, any_float, anything, as_list, as_reader_failure,
-               contains_integral_float, edge_ints, fixed, ints, is_list, is_number, lists_of,
-               non_null_scalars, numbers, then, with_extra, words)
+               contains_integral_float, edge_ints, fixed, ints, is_list, lists_of,
+               non_null_scalars, numbers, rejected_with, then, with_extra, words)
 
 NAME = "value"
 
@@ -180,18 +180,12 @@ metrical_near = st.builds(
     st.sampled_from([1.0, 1.0001, 1.002, 1.006, 0.9, -1.0]))
 
 
-def _not_a_rotation(value: Any) -> bool:
-    """The rotation part of the matrix is not orthonormal and right-handed
-    within 0.01, the columns taken as 32-bit floats."""
-    if not (is_list(value) and len(value) == 5 and is_list(value[3]) and len(value[3]) == 16):
-        return False
-    if not all(is_number(x) for x in value[3][:12]):
-        return False
-    r = np.array([float(np.float32(x)) for x in value[3][:12]], dtype=np.float64).reshape(3, 4)[:, :3]
-    gram = r.T @ r - np.eye(3)
-    return not (np.all(np.abs(gram) <= np.float64(np.float32(0.01))) and np.linalg.det(r) > 0)
+def _read_metrical_data(value: Any) -> object:
+    return kv.extract_metrical_data_from_krvalue(value, NAME)
 
 
+# Points and the transform are read under this name, whatever the caller's.
+_WRONG_TRANSFORM = r"^KRMotion: MetricalDataExtractor Wrong Transform given\.$"
 RIGID = ("The rotation part (the first three numbers of each row) must be orthonormal and "
          "right-handed: every entry of its transpose times itself within 0.01 of the identity's, "
          "and its determinant positive; a matrix within 0.01 but not within 0.001 is repaired to "
@@ -236,8 +230,9 @@ CASES: List[ReaderCase] = [
                near=st.builds(lambda name, first: [[name, True, [first]]], texts, any_float),
                gaps=(Gap(INT_ONLY, _third_is_not_int),)),
     ReaderCase("navigation", lambda v: kv.extract_navigation_from_krvalue(v, NAME), navigation),
-    ReaderCase("metrical-data", lambda v: kv.extract_metrical_data_from_krvalue(v, NAME),
-               metrical_data, near=metrical_near, gaps=(Gap(RIGID, _not_a_rotation),)),
+    ReaderCase("metrical-data", _read_metrical_data,
+               metrical_data, near=metrical_near,
+               gaps=(Gap(RIGID, rejected_with(_read_metrical_data, _WRONG_TRANSFORM)),)),
     ReaderCase("key", lambda v: kv.extract_key_from_krvalue(v, NAME), key,
                gaps=(Gap(INT_ONLY, _type_code_not_int),)),
     # The tool's defaults: --times [] and --min-time -3.4e38.
