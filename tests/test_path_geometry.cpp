@@ -12,8 +12,10 @@
 #include <climits>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -193,6 +195,27 @@ TEST(PathGeometry, NonFiniteAndOverlongPiecesFailWithTheirMessages) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(messageOf(row.make), row.message);
+  }
+
+  // Generated line ends of every size around the bound, non-finite ones too:
+  // refused exactly when not finite or longer than 1e9 m, and with the length
+  // in the message.
+  std::mt19937 rng(5);
+  const float edges[] = {0.0f, -0.0f, inf, kNaN, 1e9f, -1e9f, 1000000064.0f, 7.0710678e8f};
+  std::uniform_real_distribution<float> exponent(-3.0f, 9.5f);
+  const auto coordinate = [&] {
+    if (rng() % 4 == 0) return edges[rng() % std::size(edges)];
+    return (rng() % 2 ? 1.0f : -1.0f) * std::pow(10.0f, exponent(rng));
+  };
+  for (int i = 0; i < 2000; ++i) {
+    const Position2D end(coordinate(), coordinate());
+    SCOPED_TRACE(testing::Message() << end);
+    const double length = std::hypot(static_cast<double>(end.x), static_cast<double>(end.y));
+    const std::string expected = !std::isfinite(end.x) || !std::isfinite(end.y)
+                                     ? notFinite("the line's end")
+                                 : length > 1e9 ? tooLong(length)
+                                                : kNoThrow;
+    EXPECT_EQ(messageOf([&] { f.lineBuilder(end); }), expected);
   }
 
   NonHolonomicTrajectoryFactory factory(kUnit, kUnit, kPeriod, 1.0f);
