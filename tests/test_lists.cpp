@@ -74,6 +74,7 @@ TEST(FloatGroups, EitherFlag) {
   for (const bool isSingleGroup : {false, true}) {
     expectGroupRows(isSingleGroup,
                     {{"1.5", kNoThrow, {{1.5f}}},
+                     {"-2", kNoThrow, {{-2}}},  // an int is a number too
                      {"[[1], [2, 3]]", kNoThrow, {{1}, {2, 3}}},
                      {"[1, [2, 3]]", kNoThrow, {{1}, {2, 3}}},
                      {"[]", kEmpty, {}},
