@@ -59,6 +59,15 @@ inline const std::string& readTypeWord(const KR::KRValue& value, const std::stri
   return static_cast<const std::string&>(value[0]);
 }
 
+/// The number of a value already found to be an int or a float, as a float:
+/// no message can be needed, so no names are taken.
+inline float numberOf(const KR::KRValue& number) {
+  if (number.isFloat()) {
+    return static_cast<float>(number);
+  }
+  return static_cast<float>(static_cast<int>(number));
+}
+
 inline float readFloat(const KR::KRValue& value, const std::string& name,
                        const std::string& fieldName) {
   if (value.isFloat()) {

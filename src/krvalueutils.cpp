@@ -9,8 +9,14 @@ namespace KR {
 namespace ValueUtils {
 namespace {
 
-// Registered at load, after kDiagnosisLogDirectory above has been computed;
-// only read afterwards.
+// Registered at load and only read afterwards.
+//
+// The header included first defines KR::kDiagnosisLogDirectory with internal
+// linkage, so this file holds its own copy, computed at load from the user's
+// home directory, before this category (a file's constants are initialised in
+// the order they are defined). The library never reads it: it exists because
+// the platform's shared header defines it, and this is the one file of the
+// library that includes that header, so it is computed once.
 const zu::log::CategoryType gCategory = zu::log::addCategory("KRValueUtils");
 
 }  // namespace

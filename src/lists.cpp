@@ -23,7 +23,7 @@ namespace {
 void readFlat(const KR::KRValue& value, const std::string& name, std::vector<float>& floats) {
   floats.clear();
   if (detail::isNumber(value)) {
-    floats.assign(1, detail::readFloat(value, name, detail::kKRValueField));
+    floats.assign(1, detail::numberOf(value));
     return;
   }
   detail::checkArray(value, name);
@@ -103,7 +103,7 @@ void extractVectorFloatsFromKRValue(const KR::KRValue& value, const std::string&
   // A single number is one group of one, whatever the flag says.
   if (detail::isNumber(value)) {
     groups.resize(1);
-    groups[0].assign(1, detail::readFloat(value, name, detail::kKRValueField));
+    groups[0].assign(1, detail::numberOf(value));
     return;
   }
   detail::checkArray(value, name);

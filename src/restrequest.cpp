@@ -98,17 +98,15 @@ bool restRequestsAreEquivalent(const RestRequest& a, const RestRequest& b) {
   if (a.angles.size() != b.angles.size()) {
     return false;
   }
-  // Always true after the permutation test; kept so that the angles below are
-  // never looked up in a list of names of another length.
-  if (a.names.size() != b.names.size()) {
-    return false;
-  }
   if (a.angles.empty() || a.names.empty()) {
     return true;
   }
-  // A name found in `b` may sit at any index below the number of names; with
-  // fewer angles than names its angle would be missing. Both requests have as
-  // many names and as many angles, so testing `a` covers `b`.
+  // The permutation test compares the two lists whole (with four iterators,
+  // lists of different lengths are never permutations of each other), so
+  // both requests have as many names here. A name found in `b` may sit at any
+  // index below that number; with fewer angles than names its angle would be
+  // missing. Both requests have as many names and as many angles, so testing
+  // `a` covers `b`.
   if (a.angles.size() < a.names.size()) {
     return false;
   }

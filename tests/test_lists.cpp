@@ -28,6 +28,40 @@ const std::string kNotFloat = "arg KRValue: Expected a float";
 // Every reader reads into an output holding leftovers, so that clearing (and,
 // after a failure, sizing) shows.
 
+// A single number or string is a list of one; anything else that is not a
+// non-empty array fails the shape check, a single bool too. An int reads as
+// its float.
+TEST(FlatLists, SingleScalarOrArrayOfFloatsAndStrings) {
+  const auto floats = [](const std::string& text, Floats& out) {
+    extractVectorFloatsFromKRValue(parse(text), "arg", out);
+  };
+  expectRows<Floats>(floats, {9, 9},
+                     {{"2", kNoThrow, {2}},
+                      {"2.5", kNoThrow, {2.5f}},
+                      {"[16777217, -2.5]", kNoThrow, {16777216, -2.5f}},
+                      {"true", kNotArray, {}},
+                      {"\"1\"", kNotArray, {}},
+                      {"null", kInvalid, {}},
+                      {"[]", kEmpty, {}},
+                      // Sized first: the failing entry and the later ones are 0.
+                      {"[1, \"a\", 3]", kNotFloat, {1, 0, 0}},
+                      {"[1, null]", kNotFloat + " but found an invalid KRValue", {1, 0}},
+                      {"[[1]]", kNotFloat, {0}}});
+  const auto strings = [](const std::string& text, std::vector<std::string>& out) {
+    extractVectorStringsFromKRValue(parse(text), "arg", out);
+  };
+  expectRows<std::vector<std::string>>(
+      strings, {"old"},
+      {{"\"s\"", kNoThrow, {"s"}},
+       {"[\"a\", \"\"]", kNoThrow, {"a", ""}},
+       {"3", kNotArray, {}},
+       {"true", kNotArray, {}},
+       {"null", kInvalid, {}},
+       {"[]", kEmpty, {}},
+       // The value's own string conversion decides on a non-string element.
+       {"[\"a\", 2]", "KRValue: expected a string value but found an int value", {"a", ""}}});
+}
+
 void expectGroupRows(bool isSingleGroup, const std::vector<Row<Groups>>& rows) {
   SCOPED_TRACE(isSingleGroup ? "single group" : "group per number");
   const auto read = [isSingleGroup](const std::string& text, Groups& out) {
@@ -40,6 +74,7 @@ TEST(FloatGroups, EitherFlag) {
   for (const bool isSingleGroup : {false, true}) {
     expectGroupRows(isSingleGroup,
                     {{"1.5", kNoThrow, {{1.5f}}},
+                     {"-2", kNoThrow, {{-2}}},  // an int is a number too
                      {"[[1], [2, 3]]", kNoThrow, {{1}, {2, 3}}},
                      {"[1, [2, 3]]", kNoThrow, {{1}, {2, 3}}},
                      {"[]", kEmpty, {}},

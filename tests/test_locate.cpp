@@ -21,102 +21,63 @@ using Read = std::function<void(const KRValue&)>;
 const KR::Math::RationalSeconds kPeriod(boost::rational<int>(1, 100));
 const KR::Math::Trajectory::Limits kLimits(2, 2);
 
+// A reader called as read(value, out) on a fresh output of type Out.
+template <class Out, class F>
+Read into(F read) {
+  return [read](const KRValue& v) {
+    Out out{};
+    read(v, out);
+  };
+}
+
+using Trajectory =
+    boost::function<KR::Math::Trajectory::KRTrajectoryPose2D*(const KR::Math::Pose2DPosVelAcc&)>;
+
 // The readers of every family, each called on a value with the name "arg".
 const std::map<std::string, Read>& readers() {
   static const std::map<std::string, Read> all = {
       {"float", [](const KRValue& v) { extractFloat(v, "arg", "x"); }},
       {"axis-mask",
-       [](const KRValue& v) {
-         std::bitset<6> mask;
-         extractAxisMaskFromKRValue(v, "arg", mask);
-       }},
-      {"floats",
-       [](const KRValue& v) {
-         std::vector<float> out;
-         extractVectorFloatsFromKRValue(v, "arg", out);
-       }},
-      {"strings",
-       [](const KRValue& v) {
-         std::vector<std::string> out;
-         extractVectorStringsFromKRValue(v, "arg", out);
-       }},
-      {"bools",
-       [](const KRValue& v) {
-         std::vector<bool> out;
-         extractVectorBoolsFromKRValue(v, 2, "arg", out);
-       }},
-      {"map",
-       [](const KRValue& v) {
-         std::map<std::string, KRValue> out;
-         extractKeyValueMapFromKRValue(v, "arg", false, out);
-       }},
+       into<std::bitset<6>>([](auto& v, auto& o) { extractAxisMaskFromKRValue(v, "arg", o); })},
+      {"floats", into<std::vector<float>>(
+                     [](auto& v, auto& o) { extractVectorFloatsFromKRValue(v, "arg", o); })},
+      {"strings", into<std::vector<std::string>>(
+                      [](auto& v, auto& o) { extractVectorStringsFromKRValue(v, "arg", o); })},
+      {"bools", into<std::vector<bool>>(
+                    [](auto& v, auto& o) { extractVectorBoolsFromKRValue(v, 2, "arg", o); })},
+      {"map", into<std::map<std::string, KRValue>>(
+                  [](auto& v, auto& o) { extractKeyValueMapFromKRValue(v, "arg", false, o); })},
       {"pose2d",
-       [](const KRValue& v) {
-         KR::Math::Pose2D out;
-         extractPose2DFromKRValue(v, "arg", out);
-       }},
-      {"pose2ds",
-       [](const KRValue& v) {
-         std::vector<KR::Math::Pose2D> out;
-         extractVectorPose2DFromKRValue(v, "arg", out);
-       }},
+       into<KR::Math::Pose2D>([](auto& v, auto& o) { extractPose2DFromKRValue(v, "arg", o); })},
+      {"pose2ds", into<std::vector<KR::Math::Pose2D>>(
+                      [](auto& v, auto& o) { extractVectorPose2DFromKRValue(v, "arg", o); })},
       {"position6d-groups",
-       [](const KRValue& v) {
-         std::vector<std::vector<KR::Math::Position6D>> out;
-         extractVectorPosition6DFromKRValue(v, "arg", false, out);
-       }},
-      {"transform",
-       [](const KRValue& v) {
-         KR::Math::Transform out;
-         extractTransformFromKRValue(v, "arg", out);
-       }},
-      {"key",
-       [](const KRValue& v) {
-         KR::Math::Interpolation::Key out;
-         extractKeyFromKRValue(v, "arg", out);
-       }},
-      {"path",
-       [](const KRValue& v) {
-         boost::function<KR::Math::Trajectory::KRPath2D*(const KR::Math::Pose2D&)> out;
-         extractPath2DBuilderFromKRValue(v, "arg", out);
-       }},
-      {"trajectory",
-       [](const KRValue& v) {
-         boost::function<KR::Math::Trajectory::KRTrajectoryPose2D*(
-             const KR::Math::Pose2DPosVelAcc&)>
-             out;
-         extractTrajectoryPose2DBuilderFromKRValue(v, "arg", kPeriod, kLimits, kLimits, 1.0f, out);
-       }},
-      {"rest-requests",
-       [](const KRValue& v) {
-         std::vector<KR::RestRequest> out;
-         extractVectorRestRequestFromKRValue(v, "arg", out);
-       }},
-      {"touch",
-       [](const KRValue& v) {
-         std::map<std::string, bool> out;
-         extractTouchFromKRValue(v, "arg", out);
-       }},
-      {"navigation",
-       [](const KRValue& v) {
-         std::vector<KR::Math::Position2D> out;
-         extractNavigationFromKRValue(v, "arg", out);
-       }},
-      {"metrical-data",
-       [](const KRValue& v) {
-         KR::Math::MetricalData out;
-         extractMetricalDataFromKRValue(v, "arg", out);
-       }},
-      {"temperature-status",
-       [](const KRValue& v) {
-         KR::TemperatureStatus out;
-         extractTemperatureStatusFromKRValue(v, out, "arg");
-       }},
-      {"support-sequences",
-       [](const KRValue& v) {
-         std::vector<KR::Math::SupportSequence> out;
-         extractVectorSupportSequenceFromKRValue(v, "arg", out);
-       }},
+       into<std::vector<std::vector<KR::Math::Position6D>>>(
+           [](auto& v, auto& o) { extractVectorPosition6DFromKRValue(v, "arg", false, o); })},
+      {"transform", into<KR::Math::Transform>(
+                        [](auto& v, auto& o) { extractTransformFromKRValue(v, "arg", o); })},
+      {"key", into<KR::Math::Interpolation::Key>(
+                  [](auto& v, auto& o) { extractKeyFromKRValue(v, "arg", o); })},
+      {"path", into<KR::Math::Trajectory::Path2DBuilder>(
+                   [](auto& v, auto& o) { extractPath2DBuilderFromKRValue(v, "arg", o); })},
+      {"trajectory", into<Trajectory>([](auto& v, auto& o) {
+         extractTrajectoryPose2DBuilderFromKRValue(v, "arg", kPeriod, kLimits, kLimits, 1.0f, o);
+       })},
+      {"rest-requests", into<std::vector<KR::RestRequest>>([](auto& v, auto& o) {
+         extractVectorRestRequestFromKRValue(v, "arg", o);
+       })},
+      {"touch", into<std::map<std::string, bool>>(
+                    [](auto& v, auto& o) { extractTouchFromKRValue(v, "arg", o); })},
+      {"navigation", into<std::vector<KR::Math::Position2D>>(
+                         [](auto& v, auto& o) { extractNavigationFromKRValue(v, "arg", o); })},
+      {"metrical-data", into<KR::Math::MetricalData>(
+                            [](auto& v, auto& o) { extractMetricalDataFromKRValue(v, "arg", o); })},
+      {"temperature-status", into<KR::TemperatureStatus>([](auto& v, auto& o) {
+         extractTemperatureStatusFromKRValue(v, o, "arg");
+       })},
+      {"support-sequences", into<std::vector<KR::Math::SupportSequence>>([](auto& v, auto& o) {
+         extractVectorSupportSequenceFromKRValue(v, "arg", o);
+       })},
   };
   return all;
 }

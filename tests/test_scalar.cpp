@@ -133,10 +133,17 @@ TEST(AxisMask, OneToSixtyThreeSingleOrInAList) {
   const std::string notInt = "arm axis: Expected a int";
   checkReaders(
       std::bitset<6>(42),
-      {{KRValue(1), {1}, kNoThrow}, {KRValue(63), {63}, kNoThrow}, {KRValue(3.7f), {3}, kNoThrow},
-       {KRValue(0), {}, no}, {KRValue(64), {}, no}, {KRValue::array(3), {}, notInt}},
+      {{KRValue(1), {1}, kNoThrow},
+       {KRValue(63), {63}, kNoThrow},
+       {KRValue(3.7f), {3}, kNoThrow},
+       {KRValue(0), {}, no},
+       {KRValue(64), {}, no},
+       {KRValue::array(3), {}, notInt}},
       [](const KRValue& v, std::bitset<6>& m) { extractAxisMaskFromKRValue(v, "arm", m); },
       {{KRValue(5), {5}, kNoThrow},
+       {KRValue(63.9f), {63}, kNoThrow},
+       {KRValue(64), {0}, no},  // a single number is read into a list of one
+       {KRValue(true), {}, "KRMotion: arm KRValue is not an array."},
        {KRValue::array(1, 2, 63, 4), {1, 2, 63, 4}, kNoThrow},
        {KRValue::array(3, kInvalid), {3, 0}, notInt + " but found an invalid KRValue"},
        {KRValue::array(3, 64, 5), {3, 0, 0}, no},
@@ -152,10 +159,16 @@ TEST(Frame, ZeroToTwoSingleOrInAList) {
   const std::string notInt = "ref frame: Expected a int";
   checkReaders(
       KR::Math::FRAME_ROBOT,
-      {{KRValue(0), {0}, kNoThrow}, {KRValue(-1), {}, no}, {KRValue(3), {}, no},
+      {{KRValue(0), {0}, kNoThrow},
+       {KRValue(-1), {}, no},
+       {KRValue(3), {}, no},
        {KRValue("0"), {}, notInt}},
       [](const KRValue& v, KR::Math::FRAME& f) { extractFrameFromKRValue(v, "ref", f); },
-      {{KRValue::array(0, 2, 1, 0), {0, 2, 1, 0}, kNoThrow},
+      {{KRValue(2), {2}, kNoThrow},
+       {KRValue(2.9f), {2}, kNoThrow},
+       {KRValue(-1), {0}, no},
+       {KRValue("0"), {}, "KRMotion: ref KRValue is not an array."},
+       {KRValue::array(0, 2, 1, 0), {0, 2, 1, 0}, kNoThrow},
        {KRValue::array(1, "s", 2), {1, 0, 0}, notInt}},
       [](const KRValue& v, std::vector<KR::Math::FRAME>& o) {
         extractVectorFrameFromKRValue(v, "ref", o);

@@ -9,7 +9,10 @@
 //
 // Corrections that are not failures (a clipped number, for instance) are
 // logged as warnings (level 3) in the log category "KRValueUtils", with an
-// empty file name, line 0 and the function's name; nothing else is printed.
+// empty file name, line 0 and the function's name. One correction is not
+// logged but written to standard error, whatever the log's handlers: the
+// repair of a nearly valid transform (extractTransformFromKRValue, hence also
+// the transform list and metrical-data readers). Nothing else is printed.
 //
 // Every function is a free function without state: calls from several threads
 // are independent as long as they do not share output arguments.

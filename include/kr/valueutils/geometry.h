@@ -62,7 +62,9 @@ KRVALUEUTILS_API void extractPosition6DFromVector(const std::vector<float>& valu
 /// nor checked); else "KRMotion: <name> Expected an KRValue with 12 or 16
 /// floats." A matrix that is a transform within 0.001 is kept as read; one
 /// within 0.01 is repaired with normalizeTransform() and reported by one line
-/// on standard error, "KRMotion: <name> It is not exactly a transform.";
+/// written to std::cerr (standard error, not the log, so it is printed even
+/// with no log handler subscribed), "KRMotion: <name> It is not exactly a
+/// transform." and a line feed;
 /// anything else fails with "KRMotion: <name> Wrong Transform given." after
 /// all twelve fields have been written.
 KRVALUEUTILS_API void extractTransformFromKRValue(const KR::KRValue& value,

@@ -75,12 +75,6 @@ void requireValid(const Limits& limits, const char* which) {
   }
 }
 
-void requireNonNegative(const RationalSeconds& duration) {
-  if (duration.count() < 0) {
-    throw std::runtime_error("A trajectory's duration must not be negative.");
-  }
-}
-
 void requireFiniteStart(const Pose2DPosVelAcc& start) {
   if (!isFinite(start.position)) {
     throw std::runtime_error("A trajectory cannot start at a pose that is not finite.");
@@ -227,13 +221,6 @@ class PhasePlanner {
   std::vector<Phase> phases_;
 };
 
-double ownTimeOf(const std::vector<Phase>& phases) {
-  if (phases.empty()) {
-    return 0.0;
-  }
-  return phases.back().startTime + phases.back().duration();
-}
-
 // The fastest motion's own time in whole periods (rounded up).
 RationalSeconds minimumDurationOf(double ownTime, const MotionSettings& settings) {
   return wholePeriods(periodsCovering(ownTime, settings.period), settings.period);
@@ -252,7 +239,8 @@ double firstDirection(const KRPath2D& path) {
                                                      : path.segments()[0].start.theta);
 }
 
-KRDirectTrajectoryPose2D* buildNonHolonomic(const Path2DComposedBuilder& pathBuilder,
+KRDirectTrajectoryPose2D* buildNonHolonomic(TrajectoryFactoryKey key,
+                                            const Path2DComposedBuilder& pathBuilder,
                                             const MotionSettings& settings,
                                             const Pose2DPosVelAcc& start) {
   requireFiniteStart(start);
@@ -262,12 +250,12 @@ KRDirectTrajectoryPose2D* buildNonHolonomic(const Path2DComposedBuilder& pathBui
   const double speed = startSpeedAlong(start, static_cast<double>(start.position.theta));
   std::vector<Phase> phases = PhasePlanner(settings, true).plan(*path, speed);
   const RationalSeconds minimum = minimumDurationOf(ownTimeOf(phases), settings);
-  return new KRDirectTrajectoryPose2D(std::move(path), std::move(phases),
-                                      motionDuration(minimum, settings), minimum,
-                                      start.velocity);
+  return new KRDirectTrajectoryPose2D(key, std::move(path), std::move(phases),
+                                      motionDuration(minimum, settings), minimum, start.velocity);
 }
 
-KRTrajectoryPose2DHolonomic* buildHolonomic(const Path2DComposedBuilder& pathBuilder,
+KRTrajectoryPose2DHolonomic* buildHolonomic(TrajectoryFactoryKey key,
+                                            const Path2DComposedBuilder& pathBuilder,
                                             const MotionSettings& settings, float rotation,
                                             const Pose2DPosVelAcc& start) {
   requireFiniteStart(start);
@@ -283,10 +271,9 @@ KRTrajectoryPose2DHolonomic* buildHolonomic(const Path2DComposedBuilder& pathBui
                settings.angularSpeed, settings.angularAcceleration));
   const RationalSeconds minimum =
       minimumDurationOf(std::max(ownTimeOf(phases), turnTime), settings);
-  return new KRTrajectoryPose2DHolonomic(std::move(path), std::move(phases),
-                                         motionDuration(minimum, settings), minimum, start,
-                                         rotation, settings.angularSpeed,
-                                         settings.angularAcceleration);
+  return new KRTrajectoryPose2DHolonomic(
+      key, std::move(path), std::move(phases), motionDuration(minimum, settings), minimum, start,
+      rotation, settings.angularSpeed, settings.angularAcceleration);
 }
 
 }  // namespace
@@ -374,7 +361,7 @@ TrajectoryPose2DHolonomicBuilder HolonomicTrajectoryFactory::getTrajectoryBuilde
   const Path2DComposedBuilder paths = pathBuilder();
   const MotionSettings settings = settingsOf(*this, duration);
   return [paths, settings, rotation](const Pose2DPosVelAcc& start) {
-    return buildHolonomic(paths, settings, rotation, start);
+    return buildHolonomic(TrajectoryFactoryKey(), paths, settings, rotation, start);
   };
 }
 
@@ -397,7 +384,7 @@ DirectTrajectoryPose2DBuilder NonHolonomicTrajectoryFactory::getTrajectoryBuilde
   const Path2DComposedBuilder paths = pathBuilder();
   const MotionSettings settings = settingsOf(*this, duration);
   return [paths, settings](const Pose2DPosVelAcc& start) {
-    return buildNonHolonomic(paths, settings, start);
+    return buildNonHolonomic(TrajectoryFactoryKey(), paths, settings, start);
   };
 }
 

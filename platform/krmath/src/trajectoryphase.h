@@ -6,6 +6,7 @@
 #include "speedprofile.h"
 
 #include <cstddef>
+#include <stdexcept>
 #include <vector>
 
 namespace KR {
@@ -41,6 +42,22 @@ struct KRDirectTrajectoryPose2D::Phase {
 
   double duration() const { return profileDuration(profile); }
 };
+
+/// The phases' own total time: where the last one ends, 0 for none.
+inline double ownTimeOf(const std::vector<KRDirectTrajectoryPose2D::Phase>& phases) {
+  if (phases.empty()) {
+    return 0.0;
+  }
+  return phases.back().startTime + phases.back().duration();
+}
+
+/// Throws std::runtime_error when `duration` is negative: the factories
+/// check the duration asked for, the trajectories the one they are given.
+inline void requireNonNegative(const RationalSeconds& duration) {
+  if (duration.count() < 0) {
+    throw std::runtime_error("A trajectory's duration must not be negative.");
+  }
+}
 
 /// The fastest turn by `angle` (signed) starting at the turning rate
 /// `startRate` (signed) and ending at rest, within the rate and

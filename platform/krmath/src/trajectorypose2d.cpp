@@ -26,13 +26,6 @@ Pose2DPosVelAcc atRest(const Pose2D& pose) { return {pose, Pose2D(), Pose2D()}; 
 
 bool isZero(const Pose2D& velocity) { return velocity.x == 0.0f && velocity.y == 0.0f; }
 
-double ownTimeOf(const std::vector<Phase>& phases) {
-  if (phases.empty()) {
-    return 0.0;
-  }
-  return phases.back().startTime + phases.back().duration();
-}
-
 // How much slower than its own clock a motion of `ownTime` runs to last
 // `duration`; never below 1, so limits met by the profile stay met. A
 // motion that starts moving keeps its own clock (stretching would change
@@ -152,13 +145,8 @@ std::vector<ProfileKnot> planTurn(double angle, double startRate, double maxRate
 
 KRTrajectoryPose2D::~KRTrajectoryPose2D() = default;
 
-KRDirectTrajectoryPose2D::KRDirectTrajectoryPose2D(std::unique_ptr<KRPath2D> path,
-                                                   std::vector<Phase> phases,
-                                                   const RationalSeconds& duration)
-    : KRDirectTrajectoryPose2D(std::move(path), std::move(phases), duration, duration,
-                               Pose2D()) {}
-
-KRDirectTrajectoryPose2D::KRDirectTrajectoryPose2D(std::unique_ptr<KRPath2D> path,
+KRDirectTrajectoryPose2D::KRDirectTrajectoryPose2D(TrajectoryFactoryKey /*key*/,
+                                                   std::unique_ptr<KRPath2D> path,
                                                    std::vector<Phase> phases,
                                                    const RationalSeconds& duration,
                                                    const RationalSeconds& minimumDuration,
@@ -173,9 +161,7 @@ KRDirectTrajectoryPose2D::KRDirectTrajectoryPose2D(std::unique_ptr<KRPath2D> pat
   if (!path_) {
     throw std::runtime_error("A trajectory needs a path.");
   }
-  if (duration_.count() < 0) {
-    throw std::runtime_error("A trajectory's duration must not be negative.");
-  }
+  requireNonNegative(duration_);
   requireValidPhases(phases_, *path_);
   segmentStarts_ = segmentStartsOf(*path_);
   ownTime_ = ownTimeOf(phases_);
@@ -229,19 +215,11 @@ Pose2DPosVelAcc KRDirectTrajectoryPose2D::pathStateAt(double seconds) const {
 }
 
 KRTrajectoryPose2DHolonomic::KRTrajectoryPose2DHolonomic(
-    std::unique_ptr<KRPath2D> path, std::vector<Phase> phases, const RationalSeconds& duration,
-    float startOrientation, float rotation, double maxAngularVelocity,
+    TrajectoryFactoryKey key, std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
+    const RationalSeconds& duration, const RationalSeconds& minimumDuration,
+    const Pose2DPosVelAcc& start, float rotation, double maxAngularVelocity,
     double maxAngularAcceleration)
-    : KRTrajectoryPose2DHolonomic(std::move(path), std::move(phases), duration, duration,
-                                  Pose2DPosVelAcc(Pose2D(0.0f, 0.0f, startOrientation),
-                                                  Pose2D(), Pose2D()),
-                                  rotation, maxAngularVelocity, maxAngularAcceleration) {}
-
-KRTrajectoryPose2DHolonomic::KRTrajectoryPose2DHolonomic(
-    std::unique_ptr<KRPath2D> path, std::vector<Phase> phases, const RationalSeconds& duration,
-    const RationalSeconds& minimumDuration, const Pose2DPosVelAcc& start, float rotation,
-    double maxAngularVelocity, double maxAngularAcceleration)
-    : KRDirectTrajectoryPose2D(std::move(path), std::move(phases), duration, minimumDuration,
+    : KRDirectTrajectoryPose2D(key, std::move(path), std::move(phases), duration, minimumDuration,
                                Pose2D(start.velocity.x, start.velocity.y, 0.0f)),
       startOrientation_(start.position.theta),
       startTurnRate_(start.velocity.theta),
@@ -292,8 +270,6 @@ Pose2DPosVelAcc KRTrajectoryPose2DHolonomic::stateAt(double seconds) const {
 }
 
 float KRTrajectoryPose2DHolonomic::rotation() const { return rotation_; }
-
-double KRTrajectoryPose2DHolonomic::rotationTime() const { return turn_->duration(); }
 
 KRTrajectoryPose2DComposed::KRTrajectoryPose2DComposed(
     const Pose2DPosVelAcc& start, std::vector<std::unique_ptr<KRDirectTrajectoryPose2D> > pieces)

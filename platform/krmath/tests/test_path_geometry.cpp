@@ -8,17 +8,19 @@
 #include <kr/math/trajectory/pathfactory.h>
 #include <kr/math/trajectory/trajectoryfactory.h>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "test_support.h"
 
 namespace {
 
@@ -70,17 +72,159 @@ TEST(PathGeometry, PoseAtTheFloatLengthIsTheEndOfALongPath) {
   EXPECT_EQ(path->poseAt(path->length() * 2), path->endPose());
 }
 
-TEST(PathGeometry, BadDescriptionsThrow) {
-  const PathFactory factory(1.0f);
+// The geometry layer's own checks, whatever its callers checked before: each
+// fails with its message, and a trajectory factory keeps no piece it refused.
+TEST(PathGeometry, NonFiniteAndOverlongPiecesFailWithTheirMessages) {
   const float inf = std::numeric_limits<float>::infinity();
-  EXPECT_THROW(PathFactory{0.0f}, std::runtime_error);
-  EXPECT_THROW(PathFactory{kNaN}, std::runtime_error);
-  EXPECT_THROW(factory.lineBuilder({kNaN, 0}), std::runtime_error);
-  EXPECT_THROW(factory.circleBuilder({0, 1}, inf), std::runtime_error);
-  EXPECT_THROW(factory.circleBuilder({0, 1}, 1e30f), std::runtime_error);  // absurd length
-  EXPECT_THROW(factory.lineBuilder({3e38f, 0}), std::runtime_error);
-  EXPECT_THROW(factory.lineBuilder({1, 0})(Pose2D(kNaN, 0, 0)), std::runtime_error);
-  EXPECT_THROW(factory.composedPathBuilder({})(Pose2D(0, inf, 0)), std::runtime_error);
+  const PathFactory f(1.0f);
+  const Position2D p(1, 0);
+  const auto notFinite = [](const std::string& what) {
+    return "Path description: " + what + " is not finite.";
+  };
+  const auto tooLong = [](double length) {
+    return "A path piece of " + std::to_string(length) + " m is longer than the 1e9 m allowed.";
+  };
+  const struct {
+    const char* name;
+    std::function<void()> make;
+    std::string message;
+  } rows[] = {
+      {"scale 0", [] { PathFactory{0.0f}; },
+       "A path factory's scale must be finite and positive, got 0.000000."},
+      {"scale -inf", [&] { PathFactory{-inf}; },
+       "A path factory's scale must be finite and positive, got -inf."},
+      {"scale NaN", [] { PathFactory{kNaN}; },
+       "A path factory's scale must be finite and positive, got nan."},
+      {"line x",
+       [&] {
+         f.lineBuilder({kNaN, 0});
+       },
+       notFinite("the line's end")},
+      {"line y",
+       [&] {
+         f.lineBuilder({0, inf});
+       },
+       notFinite("the line's end")},
+      {"circle centre",
+       [&] {
+         f.circleBuilder({0, -inf}, 1);
+       },
+       notFinite("the arc's centre")},
+      {"circle angle",
+       [&] {
+         f.circleBuilder({0, 1}, kNaN);
+       },
+       notFinite("the arc's angle")},
+      {"flat 1st centre",
+       [&] {
+         f.flatPathBuilder({kNaN, 1}, 1, p, p, 1);
+       },
+       notFinite("the first arc's centre")},
+      {"flat 1st angle", [&] { f.flatPathBuilder(p, -inf, p, p, 1); },
+       notFinite("the first arc's angle")},
+      {"flat end",
+       [&] {
+         f.flatPathBuilder(p, 1, {0, kNaN}, p, 1);
+       },
+       notFinite("the straight part's end")},
+      {"flat 2nd centre",
+       [&] {
+         f.flatPathBuilder(p, 1, p, {inf, 0}, 1);
+       },
+       notFinite("the second arc's centre")},
+      {"flat 2nd angle", [&] { f.flatPathBuilder(p, 1, p, p, kNaN); },
+       notFinite("the second arc's angle")},
+      // The bound itself is allowed; the next float beyond it is not.
+      {"line of 1e9 m",
+       [&] {
+         f.lineBuilder({0, -1e9f});
+       },
+       kNoThrow},
+      {"line past 1e9 m",
+       [&] {
+         f.lineBuilder({1000000064.0f, 0});
+       },
+       tooLong(1000000064.0)},
+      {"line scaled below 1e9 m",
+       [] {
+         PathFactory(0.5f).lineBuilder({2e9f, 0});
+       },
+       kNoThrow},
+      {"arc",
+       [&] {
+         f.circleBuilder({0, 1}, 2e9f);
+       },
+       tooLong(2e9)},
+      // Each part on its own, before the rest of the piece is laid out ...
+      {"flat, 1st arc",
+       [&] {
+         f.flatPathBuilder({0, 1}, 2e9f, {100, 0}, {100, 1}, 1);
+       },
+       tooLong(2e9)},
+      {"flat, straight part",
+       [&] {
+         f.flatPathBuilder(p, 0, {2e9f, 0}, {2e9f, 1}, 1);
+       },
+       tooLong(2e9)},
+      {"flat, 2nd arc",
+       [&] {
+         f.flatPathBuilder(p, 0, {1, 0}, {1, 1}, 2e9f);
+       },
+       tooLong(2e9)},
+      // ... and the piece as a whole.
+      {"flat, parts together",
+       [&] {
+         f.flatPathBuilder(p, 0, {6e8f, 0}, {6e8f, 1}, 6e8f);
+       },
+       tooLong(1.2e9)},
+      {"radius too small",
+       [&] {
+         f.circleBuilder({0, 1e-39f}, 1);
+       },
+       "An arc's radius of 0.000000 m is too small for its curvature to be stored."},
+      {"radius 0",
+       [&] {
+         f.circleBuilder({0, 0}, 1e30f);
+       },
+       kNoThrow},
+      {"start pose", [&] { f.lineBuilder(p)(Pose2D(kNaN, 0, 0)); },
+       "A path cannot be built at a start pose that is not finite."},
+      {"composed start pose", [&] { f.composedPathBuilder({})(Pose2D(0, 0, inf)); },
+       "A path cannot be built at a start pose that is not finite."},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(messageOf(row.make), row.message);
+  }
+
+  // Generated line ends of every size around the bound, non-finite ones too:
+  // refused exactly when not finite or longer than 1e9 m, and with the length
+  // in the message.
+  std::mt19937 rng(5);
+  const float edges[] = {0.0f, -0.0f, inf, kNaN, 1e9f, -1e9f, 1000000064.0f, 7.0710678e8f};
+  std::uniform_real_distribution<float> exponent(-3.0f, 9.5f);
+  const auto coordinate = [&] {
+    if (rng() % 4 == 0) return edges[rng() % std::size(edges)];
+    return (rng() % 2 ? 1.0f : -1.0f) * std::pow(10.0f, exponent(rng));
+  };
+  for (int i = 0; i < 2000; ++i) {
+    const Position2D end(coordinate(), coordinate());
+    SCOPED_TRACE(testing::Message() << end);
+    const double length = std::hypot(static_cast<double>(end.x), static_cast<double>(end.y));
+    const std::string expected = !std::isfinite(end.x) || !std::isfinite(end.y)
+                                     ? notFinite("the line's end")
+                                 : length > 1e9 ? tooLong(length)
+                                                : kNoThrow;
+    EXPECT_EQ(messageOf([&] { f.lineBuilder(end); }), expected);
+  }
+
+  NonHolonomicTrajectoryFactory factory(kUnit, kUnit, kPeriod, 1.0f);
+  factory.addLine(p);
+  EXPECT_EQ(messageOf([&] { factory.addLine({kNaN, 0}); }), notFinite("the line's end"));
+  EXPECT_EQ(messageOf([&] { factory.addCircle({0, 1}, 2e9f); }), tooLong(2e9));
+  EXPECT_EQ(messageOf([&] { factory.addFlat(p, 1, p, p, inf); }),
+            notFinite("the second arc's angle"));
+  EXPECT_EQ(factory.pieces().size(), 1u);
 }
 
 // ---- Speed profile against the reference -----------------------------------
@@ -418,28 +562,64 @@ TEST(TrajectoryGeometry, ComposedRunsOneAfterTheOther) {
   EXPECT_THROW(withHole(at(Pose2D())), boost::bad_function_call);
 }
 
-TEST(TrajectoryGeometry, InvalidSettingsThrow) {
-  for (const Limits& limits : {Limits(0, 1), Limits(1, -1), Limits(kNaN, 1), Limits(1, INFINITY)}) {
-    EXPECT_THROW(NonHolonomicTrajectoryFactory(limits, kUnit, kPeriod, 1.0f), std::runtime_error);
-    EXPECT_THROW(HolonomicTrajectoryFactory(kUnit, limits, kPeriod, 1.0f), std::runtime_error);
-  }
-  for (const float fraction : {0.0f, -0.5f, 1.5f, kNaN}) {
-    EXPECT_THROW(NonHolonomicTrajectoryFactory(kUnit, kUnit, kPeriod, fraction),
-                 std::runtime_error);
-  }
-  EXPECT_THROW(NonHolonomicTrajectoryFactory(kUnit, kUnit, seconds(0), 1.0f), std::runtime_error);
-
+TEST(TrajectoryGeometry, InvalidSettingsAndStartsFailWithTheirMessages) {
+  const auto limitsMessage = [](const char* which, const char* numbers) {
+    return std::string("A trajectory factory's ") + which +
+           " limits must be finite and positive, got " + numbers + ".";
+  };
   HolonomicTrajectoryFactory factory(kUnit, kUnit, kPeriod, 1.0f);
-  EXPECT_THROW(factory.addLine({kNaN, 0}), std::runtime_error);
-  EXPECT_TRUE(factory.pieces().empty());
-  EXPECT_THROW(factory.getTrajectoryBuilder(kNaN, kFastest), std::runtime_error);
-  EXPECT_THROW(factory.getTrajectoryBuilder(0.0f, seconds(-1)), std::runtime_error);
-  EXPECT_THROW(factory.getTrajectoryBuilder(0.0f, kFastest)(at(Pose2D(0, kNaN, 0))),
-               std::runtime_error);
-  // A motion lasting far longer than an int number of seconds.
+  factory.addLine({1, 0});
   NonHolonomicTrajectoryFactory slow(Limits(1e-3f, 1.0f), kUnit, kPeriod, 1.0f);
   slow.addLine({1e8f, 0});
-  EXPECT_THROW(slow.getTrajectoryBuilder(kFastest)(at(Pose2D())), std::runtime_error);
+  const struct {
+    const char* name;
+    std::function<void()> make;
+    std::string message;
+  } rows[] = {
+      {"first limits", [] { NonHolonomicTrajectoryFactory(Limits(0, 1), kUnit, kPeriod, 1.0f); },
+       limitsMessage("first", "velocity 0.000000 and acceleration 1.000000")},
+      {"second limits",
+       [] { HolonomicTrajectoryFactory(kUnit, Limits(1, -INFINITY), kPeriod, 1.0f); },
+       limitsMessage("second", "velocity 1.000000 and acceleration -inf")},
+      {"NaN limit", [] { HolonomicTrajectoryFactory(Limits(kNaN, 1), kUnit, kPeriod, 1.0f); },
+       limitsMessage("first", "velocity nan and acceleration 1.000000")},
+      {"period", [] { NonHolonomicTrajectoryFactory(kUnit, kUnit, seconds(0), 1.0f); },
+       "A trajectory factory's period must be positive."},
+      {"fraction 0", [] { NonHolonomicTrajectoryFactory(kUnit, kUnit, kPeriod, 0.0f); },
+       "A trajectory factory's fraction of limits must be in (0, 1], got 0.000000."},
+      {"fraction above 1", [] { HolonomicTrajectoryFactory(kUnit, kUnit, kPeriod, 1.0000001f); },
+       "A trajectory factory's fraction of limits must be in (0, 1], got 1.000000."},
+      {"fraction NaN", [] { NonHolonomicTrajectoryFactory(kUnit, kUnit, kPeriod, kNaN); },
+       "A trajectory factory's fraction of limits must be in (0, 1], got nan."},
+      {"rotation", [&] { factory.getTrajectoryBuilder(kNaN, kFastest); },
+       "A holonomic trajectory's rotation must be finite."},
+      {"negative duration", [&] { factory.getTrajectoryBuilder(0.0f, seconds(-1, 100)); },
+       "A trajectory's duration must not be negative."},
+      {"start pose", [&] { factory.getTrajectoryBuilder(0.0f, kFastest)(at(Pose2D(0, kNaN, 0))); },
+       "A trajectory cannot start at a pose that is not finite."},
+      {"start velocity",
+       [&] {
+         factory.getTrajectoryBuilder(
+             0.0f, kFastest)(Pose2DPosVelAcc(Pose2D(), Pose2D(0, 0, INFINITY), Pose2D()));
+       },
+       "A trajectory cannot start with a velocity that is not finite."},
+      {"composed start",
+       [] { TrajectoryFactory::getComposedTrajectoryBuilder({})(at(Pose2D(-INFINITY, 0, 0))); },
+       "A trajectory cannot start at a pose that is not finite."},
+      {"end orientation",
+       [&] { factory.getTrajectoryBuilder(1e38f, kFastest)(at(Pose2D(0, 0, 3e38f))); },
+       "A holonomic trajectory would end at an orientation out of range."},
+      // A motion lasting far longer than an int number of periods: 1e8 m at
+      // 1e-3 m/s, plus 1e-3 s to speed up and slow down.
+      {"too long", [&] { slow.getTrajectoryBuilder(kFastest)(at(Pose2D())); },
+       std::to_string(static_cast<long long>(
+           std::ceil((1e8 / static_cast<double>(1e-3f) + static_cast<double>(1e-3f)) * 100))) +
+           " periods of 1/100 s do not fit an exact fraction of ints."},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(messageOf(row.make), row.message);
+  }
 }
 
 }  // namespace

@@ -1,15 +1,17 @@
-// Geometry records: layout, transform validation and repair, vector
-// conversions, and how they print their floats.
+// Geometry records: layout, equality, transform validation and repair,
+// vector conversions, and how they print their floats.
+#include <gtest/gtest.h>
 #include <kr/math/floattext.h>
+#include <kr/math/interpolationkey.h>
+#include <kr/math/metricaldata.h>
 #include <kr/math/pose2d.h>
 #include <kr/math/pose2dandtime.h>
 #include <kr/math/pose2dposvelacc.h>
 #include <kr/math/position2d.h>
 #include <kr/math/position3d.h>
 #include <kr/math/position6d.h>
+#include <kr/math/supportsequence.h>
 #include <kr/math/transform.h>
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
@@ -17,6 +19,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <iomanip>
 #include <iterator>
 #include <limits>
@@ -24,6 +27,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -126,17 +130,137 @@ TEST(RecordConversions, VectorsInFieldOrder) {
   for (std::size_t i = 0; i < 12; ++i) t.*kFields[i] = static_cast<float>(i + 1);
   EXPECT_EQ(t.toVector(), (std::vector<float>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0, 0, 0, 1}));
   EXPECT_EQ(Position3D(1, -2, 3.5f).toVector(), (std::vector<float>{1, -2, 3.5f}));
-  // Comparisons take every part into account.
-  const Pose2DPosVelAcc state(Pose2D(1, 2, 3), Pose2D(4, 5, 6), Pose2D(7, 8, 9));
-  EXPECT_TRUE(state == Pose2DPosVelAcc(state));
-  EXPECT_FALSE(state == Pose2DPosVelAcc(Pose2D(1, 2, 3), Pose2D(4, 5, 6), Pose2D(7, 8, 0)));
-  EXPECT_FALSE(Pose2DAndTime(Pose2D(1, 2, 3), 4) != Pose2DAndTime(Pose2D(1, 2, 3), 4));
   const std::vector<float> six = {1, 2, 3, -4, 5.5f, 6};
   EXPECT_EQ(Position6D(six), Position6D(1, 2, 3, -4, 5.5f, 6));
   EXPECT_EQ(Position6D(six).toVector(), six);
   for (const std::size_t size : {0u, 5u, 7u}) {
     EXPECT_THROW(Position6D(std::vector<float>(size, 1.0f)), std::runtime_error) << size;
   }
+}
+
+// ---- Equality: every field counts, floats compare exactly -------------------
+
+// Random floats of every size and sign, with the edges; never NaN.
+float randomFloat(std::mt19937& rng) {
+  const float edges[] = {0.0f,
+                         -0.0f,
+                         std::numeric_limits<float>::denorm_min(),
+                         std::numeric_limits<float>::max(),
+                         -std::numeric_limits<float>::infinity(),
+                         1.0f};
+  if (rng() % 4 == 0) return edges[rng() % std::size(edges)];
+  float f = kNaN;
+  while (std::isnan(f)) {
+    const std::uint32_t bits = static_cast<std::uint32_t>(rng());
+    std::memcpy(&f, &bits, sizeof f);
+  }
+  return f;
+}
+
+// A random float that does not compare equal to `f` (0 and -0 are equal).
+float otherThan(float f, std::mt19937& rng) {
+  float other = randomFloat(rng);
+  while (other == f) other = randomFloat(rng);
+  return other;
+}
+
+template <class R>
+void expectEqual(const R& a, const R& b, bool equal) {
+  EXPECT_EQ(a == b, equal);
+  EXPECT_EQ(b == a, equal);
+  EXPECT_EQ(a != b, !equal);
+  EXPECT_EQ(b != a, !equal);
+}
+
+// The record of floats whose field k is fields[k].
+template <class R, std::size_t N>
+R recordOf(const std::array<float, N>& fields) {
+  static_assert(sizeof(R) == sizeof fields && std::is_trivially_copyable_v<R>);
+  R record;
+  std::memcpy(static_cast<void*>(&record), fields.data(), sizeof record);
+  return record;
+}
+
+// A record made only of floats, field k at float k: equal copies compare
+// equal, a change of any one field makes them differ, a zero of the other
+// sign does not, and a NaN in any field makes the record differ from itself.
+template <class R>
+void expectFloatFieldsCompare(const char* name, std::mt19937& rng) {
+  using Fields = std::array<float, sizeof(R) / sizeof(float)>;
+  for (int round = 0; round < 100; ++round) {
+    Fields fields;
+    for (float& f : fields) f = randomFloat(rng);
+    const R a = recordOf<R>(fields);
+    expectEqual(a, R(a), true);
+    for (std::size_t k = 0; k < fields.size(); ++k) {
+      SCOPED_TRACE(testing::Message() << name << " field " << k << " round " << round);
+      Fields changed = fields;
+      changed[k] = otherThan(fields[k], rng);
+      expectEqual(a, recordOf<R>(changed), false);
+      Fields zero = fields, minusZero = fields, nan = fields;
+      zero[k] = 0.0f;
+      minusZero[k] = -0.0f;
+      nan[k] = kNaN;
+      expectEqual(recordOf<R>(zero), recordOf<R>(minusZero), true);
+      expectEqual(recordOf<R>(nan), recordOf<R>(nan), false);
+    }
+  }
+}
+
+// A record with parts of other kinds: each change on its own makes it differ.
+template <class R>
+void expectEachChangeCounts(const R& base, const std::vector<std::function<void(R&)>>& changes) {
+  expectEqual(base, R(base), true);
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    SCOPED_TRACE(i);
+    R changed = base;
+    changes[i](changed);
+    expectEqual(base, changed, false);
+  }
+}
+
+TEST(RecordEquality, EveryFieldOnItsOwn) {
+  std::mt19937 rng(77);
+  expectFloatFieldsCompare<Position2D>("Position2D", rng);
+  expectFloatFieldsCompare<Pose2D>("Pose2D", rng);
+  expectFloatFieldsCompare<Pose2DAndTime>("Pose2DAndTime", rng);
+  expectFloatFieldsCompare<Pose2DPosVelAcc>("Pose2DPosVelAcc", rng);
+  expectFloatFieldsCompare<Position3D>("Position3D", rng);
+  expectFloatFieldsCompare<Position6D>("Position6D", rng);
+  expectFloatFieldsCompare<Transform>("Transform", rng);
+
+  using Interpolation::Key;
+  using Interpolation::Parameter;
+  const auto r = [&rng] { return randomFloat(rng); };
+  for (int round = 0; round < 50; ++round) {
+    const Key key(r(), Parameter(1, Position2D(r(), r())), Parameter(2, Position2D(r(), r())));
+    expectEachChangeCounts<Key>(
+        key,
+        {[&](Key& k) { k.value = otherThan(k.value, rng); }, [](Key& k) { k.firstParam.type = 3; },
+         [&](Key& k) { k.firstParam.offset.x = otherThan(k.firstParam.offset.x, rng); },
+         [&](Key& k) { k.firstParam.offset.y = otherThan(k.firstParam.offset.y, rng); },
+         [](Key& k) { k.secondParam.type = 0; },
+         [&](Key& k) { k.secondParam.offset.x = otherThan(k.secondParam.offset.x, rng); },
+         [&](Key& k) { k.secondParam.offset.y = otherThan(k.secondParam.offset.y, rng); }});
+  }
+
+  MetricalData data;
+  data.label1 = "a";
+  data.label2 = "b";
+  data.points = {Position3D(1, 2, 3)};
+  data.duration = boost::chrono::nanoseconds(5);
+  expectEachChangeCounts<MetricalData>(
+      data,
+      {[](MetricalData& d) { d.label1 = "b"; }, [](MetricalData& d) { d.label2 = "a"; },
+       [](MetricalData& d) { d.transform.r3_c4 = 1; }, [](MetricalData& d) { d.points[0].z = -3; },
+       [](MetricalData& d) { d.points.push_back(d.points[0]); },
+       [](MetricalData& d) { d.duration += boost::chrono::nanoseconds(1); }});
+
+  expectEachChangeCounts<SupportSequence>(
+      SupportSequence("s", {0.5f, 1}, {true, false}),
+      {[](SupportSequence& s) { s.name = "S"; }, [](SupportSequence& s) { s.values[1] = 2; },
+       [](SupportSequence& s) { s.flags[1] = true; },
+       [](SupportSequence& s) { s = SupportSequence("s", {0.5f}, {true}); }});
 }
 
 }  // namespace

@@ -63,16 +63,20 @@ TEST(ZuLog, CategoriesAreRegisteredOnceNullHandlesAreHarmless) {
   EXPECT_EQ(categoryLevel(a), error);  // re-adding does not reset the level
   EXPECT_EQ(addCategory(nullptr), nullptr);
   EXPECT_EQ(categoryName(nullptr) + levelName(categoryLevel(nullptr)), "silent");
+  setCategoryLevel(nullptr, debug);
+  EXPECT_EQ(categoryLevel(nullptr), silent);
   log(fatal, nullptr, "m", "f", "fn", 1);
 }
 
+// A level outside fatal to debug prints '?' and is named "unknown".
 TEST(ZuLog, TheConsoleHandlerPrintsLevelLetterCategoryAndText) {
-  for (int level = fatal; level <= debug; ++level) {
+  for (int level = silent; level <= debug + 2; ++level) {
     testing::internal::CaptureStderr();
     consoleHandler(Record{static_cast<Level>(level), "cat", "a text", "f.cpp", "fn", 3});
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              std::string("[") + "FEWIVD"[level - 1] + "] cat: a text\n");
+              std::string("[") + "?FEWIVD??"[level] + "] cat: a text\n");
   }
+  EXPECT_STREQ(levelName(static_cast<Level>(debug + 1)), "unknown");
 }
 
 TEST(ZuLog, EveryFieldReachesHandlersPastAThrowingOrEmptyOne) {

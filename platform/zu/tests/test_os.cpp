@@ -1,7 +1,9 @@
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 #include <zu/os.h>
 
-#include <gtest/gtest.h>
-
+#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -27,6 +29,22 @@ TEST(ZuOsTimeval, SplitsTowardZeroRoundTripsToWholeMicrosecondsAndWraps) {
   // Beyond the nanosecond range: wraps modulo 2^64 instead of overflowing.
   EXPECT_EQ(timeval(kMax, 0).toDuration().count(), -1000000000);
   EXPECT_EQ(timeval(0, kMin).toDuration().count(), 0);
+}
+
+// $HOME when set and not empty, else the password database's entry.
+TEST(ZuOsHome, HomeVariableFirstThenThePasswordEntry) {
+  const char* const saved = std::getenv("HOME");
+  const std::string before = saved ? saved : "";
+  const struct passwd* entry = getpwuid(geteuid());
+  ASSERT_NE(entry, nullptr);
+  const std::string passwdHome = entry->pw_dir;
+  ASSERT_EQ(setenv("HOME", "/not/the/passwd/home", 1), 0);
+  EXPECT_EQ(zu::os::home(), "/not/the/passwd/home");
+  ASSERT_EQ(setenv("HOME", "", 1), 0);
+  EXPECT_EQ(zu::os::home(), passwdHome);
+  ASSERT_EQ(unsetenv("HOME"), 0);
+  EXPECT_EQ(zu::os::home(), passwdHome);
+  if (saved != nullptr) setenv("HOME", before.c_str(), 1);
 }
 
 }  // namespace

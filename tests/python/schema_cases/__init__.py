@@ -10,10 +10,13 @@ JSON Schema cannot express. A case without gaps claims that the reader and
 its schema accept exactly the same values.
 """
 
+import re
 from dataclasses import dataclass, field
-from typing import Any, Callable, Iterator, List, Tuple
+from typing import Any, Callable, Iterator, List, Optional, Tuple
 
 from hypothesis import strategies as st
+
+import krvalueutils as kv
 
 # Ints and floats as the value type holds them: 32-bit ints, and floats that
 # a 32-bit float holds exactly, finite (JSON has no NaN or infinity).
@@ -21,9 +24,21 @@ INT32_MIN = -(2**31)
 INT32_MAX = 2**31 - 1
 FLOAT32_MAX = 3.4028234663852886e38
 
+SMALLEST_SUBNORMAL = 1.401298464324817e-45
+SMALLEST_NORMAL = 1.1754943508222875e-38
+
 ints = st.integers(INT32_MIN, INT32_MAX)
 floats = st.floats(width=32, allow_nan=False, allow_infinity=False)
-numbers = st.one_of(ints, floats)
+# Numbers at the edges of what the value type holds, drawn often: int32
+# extremes, signed zeros, the smallest subnormal and normal floats, the
+# largest float, the first int a float cannot hold and the floats at the ends
+# of the int range.
+edge_floats = st.sampled_from([
+    0.0, -0.0, 1.0, -1.0, 0.5, SMALLEST_SUBNORMAL, -SMALLEST_SUBNORMAL, SMALLEST_NORMAL,
+    FLOAT32_MAX, -FLOAT32_MAX, 16777217.0, -2147483648.0, 2147483648.0])
+edge_ints = st.sampled_from([INT32_MIN, INT32_MAX, 0, -1, 1, 16777217])
+any_float = st.one_of(floats, edge_floats)
+numbers = st.one_of(ints, edge_ints, any_float)
 # Words that are not a reader's type words or mode names, and a few that
 # look like them.
 words = st.one_of(st.text(max_size=12), st.sampled_from(["line", "LINE", "Line ", "", "composed"]))
@@ -31,6 +46,75 @@ words = st.one_of(st.text(max_size=12), st.sampled_from(["line", "LINE", "Line "
 # binds that name on this package.
 scalar_values = st.one_of(st.none(), st.booleans(), ints, floats, words)
 anything = st.recursive(scalar_values, lambda inner: st.lists(inner, max_size=5), max_leaves=20)
+# Non-null values that are not lists, and those with null and the empty list.
+non_null_scalars = st.one_of(st.booleans(), numbers, words)
+non_arrays = st.one_of(st.none(), non_null_scalars, st.just([]))
+
+
+def as_list(items: Tuple[Any, ...]) -> List[Any]:
+    return list(items)
+
+
+def is_list(value: Any) -> bool:
+    return isinstance(value, list)
+
+
+def is_number(value: Any) -> bool:
+    return isinstance(value, (int, float)) and not isinstance(value, bool)
+
+
+def lists_of(element: "st.SearchStrategy[Any]", min_size: int = 0,
+             long_element: "Optional[st.SearchStrategy[Any]]" = None) -> "st.SearchStrategy[List[Any]]":
+    """Short lists mostly, now and then a long one (of `long_element` where
+    the elements are large themselves)."""
+    return st.one_of(
+        st.lists(element, min_size=min_size, max_size=6),
+        st.lists(element if long_element is None else long_element,
+                 min_size=max(min_size, 30), max_size=60))
+
+
+def _concatenated(front: List[Any], rest: List[Any]) -> List[Any]:
+    return front + rest
+
+
+def then(front: "st.SearchStrategy[List[Any]]",
+         rest: "st.SearchStrategy[List[Any]]") -> "st.SearchStrategy[List[Any]]":
+    """A list followed by another."""
+    return st.builds(_concatenated, front, rest)
+
+
+def with_extra(prefix: "st.SearchStrategy[List[Any]]", max_extra: int = 2) -> "st.SearchStrategy[List[Any]]":
+    """A list followed by up to `max_extra` elements of any kind, which the
+    reader does not read."""
+    return then(prefix, st.lists(anything, max_size=max_extra))
+
+
+def fixed(count: int, element: "st.SearchStrategy[Any]" = numbers) -> "st.SearchStrategy[List[Any]]":
+    return st.lists(element, min_size=count, max_size=count)
+
+
+def rejected_with(read: Callable[[Any], object], *patterns: str) -> Callable[[Any], bool]:
+    """A gap's test: `read` rejects the value with a message matching one of
+    `patterns`, the message of the constraint the schema leaves out."""
+    def applies(value: Any) -> bool:
+        try:
+            read(value)
+        except kv.KRValueError as error:
+            return any(re.search(pattern, str(error)) for pattern in patterns)
+        return False
+    return applies
+
+
+def as_reader_failure(call: Callable[[], Any]) -> Any:
+    """Runs a call the tool makes besides the reader (a conversion, building
+    a path): its failure rejects the value as a reader's does, so a plain
+    RuntimeError becomes KRValueError with the same message."""
+    try:
+        return call()
+    except kv.KRValueError:
+        raise
+    except RuntimeError as error:
+        raise kv.KRValueError(str(error)) from error
 
 
 @dataclass(frozen=True)

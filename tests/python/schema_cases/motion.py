@@ -3,22 +3,23 @@ trajectory commands take them: read with the general readers and then built
 at the start pose (0, 0, 0), from rest, with the tool's default settings.
 
 Building is part of what the commands accept: the geometry layer refuses
-there some descriptions that read well (a heading beyond the float range, a
-motion too long to time), and the commands report that as they report a
-reader's failure. So `read` builds too, and turns a failure of the built
-object into KRValueError with the same message.
+there some descriptions that read well (a piece too long, a heading beyond
+the float range, a motion too long to time), and the commands report that as
+they report a reader's failure. So `read` builds too, and turns a failure of
+the built object into KRValueError with the same message. A gap is told by
+the geometry layer's message; where its limits lie exactly is tested on the
+geometry layer itself.
 """
 
-import math
-import struct
 from fractions import Fraction
-from typing import Any, Callable, Iterator, List, Optional, Tuple
+from typing import Any, List, Tuple
 
 from hypothesis import strategies as st
 
 import krvalueutils as kv
 
-from . import FLOAT32_MAX, INT32_MAX, INT32_MIN, Gap, ReaderCase, floats, ints
+from . import (FLOAT32_MAX, INT32_MAX, INT32_MIN, SMALLEST_NORMAL, SMALLEST_SUBNORMAL, Gap,
+               ReaderCase, as_reader_failure, numbers, rejected_with, scalar_values)
 
 NAME = "value"
 
@@ -32,198 +33,15 @@ START = kv.Pose2D(0.0, 0.0, 0.0)
 AT_REST = kv.Pose2DPosVelAcc(START, kv.Pose2D(), kv.Pose2D())
 
 
-def _built(make: Callable[[], Any]) -> Any:
-    """Calls a builder as the command does; its failure rejects the
-    description like a reader's."""
-    try:
-        return make()
-    except kv.KRValueError:
-        raise
-    except RuntimeError as error:
-        raise kv.KRValueError(str(error)) from error
-
-
 def read_path(value: Any) -> Any:
     builder = kv.extract_path2d_builder_from_krvalue(value, NAME)
-    return _built(lambda: builder(START))
+    return as_reader_failure(lambda: builder(START))
 
 
 def read_trajectory(value: Any) -> Any:
     builder = kv.extract_trajectory_pose2d_builder_from_krvalue(
         value, NAME, PERIOD, FIRST_LIMITS, SECOND_LIMITS, FRACTION)
-    return _built(lambda: builder(AT_REST))
-
-
-# ---------------------------------------------------------------------------
-# Geometry of a description, as the path factory lays it out, for the gaps.
-
-# Longest piece the path factory makes, and the smallest radius whose
-# curvature (1 / radius) still fits a float.
-MAX_PIECE_LENGTH = 1e9
-MIN_RADIUS = 1.0 / FLOAT32_MAX
-# Durations kept as int fractions of seconds in hundredths always fit up to
-# this many seconds.
-MAX_PLAIN_DURATION = INT32_MAX / 100
-
-
-def _f32(number: Any) -> float:
-    """The number as the readers hold it: the nearest 32-bit float."""
-    return struct.unpack("f", struct.pack("f", float(number)))[0]
-
-
-def _point(value: Any) -> Tuple[float, float]:
-    """[x, y] or [[x, y, ...]] as two floats."""
-    if len(value) == 1:
-        value = value[0]
-    return _f32(value[0]), _f32(value[1])
-
-
-class _Piece:
-    """One direct path laid out from the origin facing along x: the length of
-    each part and whether an arc's curvature overflows."""
-
-    def __init__(self) -> None:
-        self.x = 0.0
-        self.y = 0.0
-        self.lengths: List[float] = []
-        self.too_curved = False
-
-    def line(self, end: Tuple[float, float]) -> None:
-        dx, dy = end[0] - self.x, end[1] - self.y
-        length = math.hypot(dx, dy)
-        if length == 0.0:
-            return
-        self.lengths.append(length)
-        self.x, self.y = end
-
-    def arc(self, centre: Tuple[float, float], angle: float) -> None:
-        rx, ry = self.x - centre[0], self.y - centre[1]
-        radius = math.hypot(rx, ry)
-        if radius == 0.0 or angle == 0.0:
-            return
-        # A margin for the last bit hypot may round differently.
-        if radius < MIN_RADIUS * (1 + 1e-9):
-            self.too_curved = True
-        length = radius * abs(angle)
-        self.lengths.append(length)
-        if not math.isfinite(length):
-            return
-        c, s = math.cos(angle), math.sin(angle)
-        self.x, self.y = centre[0] + c * rx - s * ry, centre[1] + s * rx + c * ry
-
-    def too_long(self) -> bool:
-        return any(not length <= MAX_PIECE_LENGTH * (1 - 1e-9) for length in self.lengths) or \
-            not sum(self.lengths) <= MAX_PIECE_LENGTH * (1 - 1e-9)
-
-
-def _laid_out(piece: List[Any]) -> _Piece:
-    laid = _Piece()
-    if piece[0] == "Line":
-        laid.line(_point(piece[1]))
-    elif piece[0] == "Circle":
-        laid.arc(_point(piece[1]), _f32(piece[2]))
-    elif piece[0] == "Flat":
-        laid.arc(_point(piece[1]), _f32(piece[2]))
-        if not laid.too_long():
-            laid.line(_point(piece[3]))
-            laid.arc(_point(piece[4]), _f32(piece[5]))
-    return laid
-
-
-def _direct_paths(path: List[Any]) -> List[List[Any]]:
-    return path[1:] if path[0] == "Composed" else [path]
-
-
-def _direct_trajectories(value: List[Any]) -> List[List[Any]]:
-    return value[1:] if value[0] == "Composed" else [value]
-
-
-def _paths_of(value: Any, timed: bool) -> Iterator[List[Any]]:
-    """Every direct path in a path or trajectory description."""
-    if not timed:
-        yield from _direct_paths(value)
-        return
-    for trajectory in _direct_trajectories(value):
-        yield from _direct_paths(trajectory[1])
-
-
-def _guarded(test: Callable[[Any], bool]) -> Callable[[Any], bool]:
-    """A gap's test, false for a value it cannot take apart."""
-    def applies(value: Any) -> bool:
-        try:
-            return test(value)
-        except (TypeError, IndexError, KeyError, ValueError, OverflowError):
-            return False
-    return applies
-
-
-def _some_piece_too_long(timed: bool) -> Callable[[Any], bool]:
-    return _guarded(lambda value: any(_laid_out(p).too_long() for p in _paths_of(value, timed)))
-
-
-def _some_arc_too_curved(timed: bool) -> Callable[[Any], bool]:
-    return _guarded(lambda value: any(_laid_out(p).too_curved for p in _paths_of(value, timed)))
-
-
-def _turning_bound(piece: List[Any]) -> float:
-    """More than the heading can change along one direct path: each of its
-    parts may turn by up to half a turn at its start, an arc by its angle too,
-    and a base turning on the spot at a corner takes whole turns along."""
-    angles = {"Circle": [2], "Flat": [2, 5]}.get(piece[0], [])
-    return sum(abs(_f32(piece[i])) for i in angles) + 4 * math.pi * len(piece)
-
-
-def _heading_may_overflow(timed: bool) -> Callable[[Any], bool]:
-    def test(value: Any) -> bool:
-        total = 0.0
-        if timed:
-            for trajectory in _direct_trajectories(value):
-                if trajectory[0] == "Holonomic":
-                    total += abs(_f32(trajectory[2]))
-                total += sum(_turning_bound(p) for p in _direct_paths(trajectory[1]))
-        else:
-            total = sum(_turning_bound(p) for p in _direct_paths(value))
-        # Headings are stored as floats along the way: a relative margin.
-        return total * (1 + 1e-6) >= FLOAT32_MAX
-    return _guarded(test)
-
-
-def _timed_at_whole_seconds(trajectory: List[Any]) -> Optional[float]:
-    """The shortest time (seconds) a direct trajectory's motion takes at the
-    tool's limits, rounded up to a whole second: the same motion timed with
-    a period of 1 s, so that the count stays small. None when even that
-    count does not fit (the motion takes longer than 2^31 s)."""
-    asked = 3 if trajectory[0] == "Holonomic" else 2
-    fastest = list(trajectory)
-    fastest[asked] = 0
-    try:
-        builder = kv.extract_direct_trajectory_pose2d_builder_from_krvalue(
-            fastest, NAME, Fraction(1), FIRST_LIMITS, SECOND_LIMITS, FRACTION)
-        return float(builder(AT_REST).duration)
-    except RuntimeError as error:
-        if "fit an exact fraction of ints" in str(error) or \
-                "is not a duration that can be represented" in str(error):
-            return None
-        raise ValueError("not a matter of duration") from error
-
-
-def _duration_may_not_fit(value: Any) -> bool:
-    """Whether a direct trajectory or the whole may last longer than the
-    durations in hundredths of a second that always fit."""
-    total = 0.0
-    for trajectory in _direct_trajectories(value):
-        asked = _f32(trajectory[3 if trajectory[0] == "Holonomic" else 2])
-        fastest = _timed_at_whole_seconds(trajectory)
-        if fastest is None:
-            return True
-        # Upper bounds of the duration at the tool's period: the asked one
-        # rounded to the nearest hundredth, the fastest one rounded up (the
-        # start pose of a later piece moves the float rounding a little).
-        duration = max(asked + 0.005, fastest * (1 + 1e-6) + 0.01)
-        if duration > MAX_PLAIN_DURATION:
-            return True
-        total += duration
-    return total > MAX_PLAIN_DURATION
+    return as_reader_failure(lambda: builder(AT_REST))
 
 
 # The constraints the schemas leave to their descriptions, word for word.
@@ -244,13 +62,21 @@ DURATION_FIT = ("Each direct trajectory's duration (the longer of DURATION and t
                 "enough, as whole seconds below 2^31 do.")
 
 
+# The geometry layer's messages for each of them.
+_TOO_LONG = r"^A path piece of \S+ m is longer than the 1e9 m allowed\.$"
+_TOO_CURVED = r"^An arc's radius of \S+ m is too small for its curvature to be stored\.$"
+_OUT_OF_RANGE = (r"^A path segment ends outside the range of float coordinates\.$",
+                 r"^A path leaves the range of float coordinates\.$")
+_ORIENTATION = r"^A holonomic trajectory would end at an orientation out of range\.$"
+_UNTIMABLE = (r"^A motion of \S+ seconds is not a duration that can be represented\.$",
+              r"^\d+ periods of \d+/\d+ s do not fit an exact fraction of ints\.$",
+              r"^The sum of the durations does not fit an exact fraction of ints\.$")
+
+
 # ---------------------------------------------------------------------------
 # Valid descriptions. Numbers are drawn so that every piece stays well within
 # the limits above; the edges of the number kinds go where a piece does not
 # read them as a length (an arc of angle 0 or radius 0).
-
-_SMALLEST_SUBNORMAL = 1.401298464324817e-45
-_SMALLEST_NORMAL = 1.1754943508222875e-38
 
 
 def _bounded(limit: int) -> "st.SearchStrategy[Any]":
@@ -264,13 +90,9 @@ def _bounded(limit: int) -> "st.SearchStrategy[Any]":
     )
 
 
-_any_number = st.one_of(ints, floats, st.sampled_from([
-    INT32_MIN, INT32_MAX, FLOAT32_MAX, -FLOAT32_MAX, _SMALLEST_SUBNORMAL, -_SMALLEST_SUBNORMAL,
-    _SMALLEST_NORMAL, 0, 0.0, -0.0]))
 _zero = st.sampled_from([0, 0.0, -0.0])
 # Elements after a nested point's x and y: any kind, never read.
-_extra = st.lists(st.one_of(st.none(), st.booleans(), ints, floats, st.text(max_size=3),
-                            st.lists(st.none(), max_size=2)), max_size=2)
+_extra = st.lists(scalar_values, max_size=2)
 
 
 def _point_of(coordinate: "st.SearchStrategy[Any]") -> "st.SearchStrategy[Any]":
@@ -281,7 +103,7 @@ def _point_of(coordinate: "st.SearchStrategy[Any]") -> "st.SearchStrategy[Any]":
 def _lines(end: "st.SearchStrategy[Any]", timed: bool) -> "st.SearchStrategy[Any]":
     edges = [] if timed else [st.sampled_from([
         [1000000032, 0], [-1000000032, -0.0], [1e9, 0.0], [0, -1000000000], [6e8, 8e8],
-        [_SMALLEST_SUBNORMAL, -_SMALLEST_SUBNORMAL], [[_SMALLEST_NORMAL, 0, None]]])]
+        [SMALLEST_SUBNORMAL, -SMALLEST_SUBNORMAL], [[SMALLEST_NORMAL, 0, None]]])]
     return st.builds(lambda p: ["Line", p], st.one_of(_point_of(end), *edges))
 
 
@@ -290,8 +112,8 @@ def _arcs(coordinate: "st.SearchStrategy[Any]", angle: "st.SearchStrategy[Any]",
     """(centre, angle) of an arc from the origin."""
     forms = [
         st.tuples(_point_of(coordinate), angle),
-        st.tuples(_point_of(_any_number), _zero),                       # angle 0
-        st.tuples(_point_of(_zero), _any_number if not timed else angle),  # radius 0
+        st.tuples(_point_of(numbers), _zero),                       # angle 0
+        st.tuples(_point_of(_zero), numbers if not timed else angle),  # radius 0
     ]
     if not timed:
         # A tiny radius turned many times: a short piece with a huge turn.
@@ -304,7 +126,7 @@ def _arcs(coordinate: "st.SearchStrategy[Any]", angle: "st.SearchStrategy[Any]",
 def _direct_path(timed: bool) -> "st.SearchStrategy[Any]":
     # Untimed: pieces up to a few 1e8 m; timed: short enough that even a
     # composed trajectory of a few of them lasts far below the duration limit.
-    tiny_angles = st.sampled_from([_SMALLEST_SUBNORMAL, -0.0])
+    tiny_angles = st.sampled_from([SMALLEST_SUBNORMAL, -0.0])
     end = _bounded(10_000 if timed else 500_000_000)
     coordinate = _bounded(1_000 if timed else 100_000)
     angle = st.one_of(_bounded(10 if timed else 1_000), tiny_angles)
@@ -314,8 +136,8 @@ def _direct_path(timed: bool) -> "st.SearchStrategy[Any]":
     second_angle = st.one_of(_bounded(10), tiny_angles)
     first_arc = _arcs(coordinate, st.one_of(_bounded(10 if timed else 100), tiny_angles), timed)
     second_arc = st.one_of(st.tuples(_point_of(coordinate), second_angle),
-                           st.tuples(_point_of(_any_number), _zero),
-                           st.tuples(st.none(), _any_number if not timed else second_angle))
+                           st.tuples(_point_of(numbers), _zero),
+                           st.tuples(st.none(), numbers if not timed else second_angle))
 
     def flat_path(first: Tuple[Any, Any], e: Any, second: Tuple[Any, Any]) -> List[Any]:
         # The second arc starts at END: no centre given stands for a centre
@@ -336,13 +158,13 @@ def _composed_path(timed: bool) -> "st.SearchStrategy[Any]":
 path_valid = st.one_of(_direct_path(False), _composed_path(False))
 
 _timed_path = st.one_of(_direct_path(True), _composed_path(True))
-_rotation = st.one_of(_bounded(1_000), st.sampled_from([-0.0, _SMALLEST_SUBNORMAL, -3.1415927]))
+_rotation = st.one_of(_bounded(1_000), st.sampled_from([-0.0, SMALLEST_SUBNORMAL, -3.1415927]))
 _duration = st.one_of(
     st.integers(0, 100_000),
     st.floats(-0.004999999888241291, 100_000, width=32),
     # The float nearest -0.005 lies just above it, and rounds to 0 periods.
     st.sampled_from([0, 0.0, -0.0, -0.004999999888241291,
-                     _SMALLEST_SUBNORMAL, -_SMALLEST_SUBNORMAL]),
+                     SMALLEST_SUBNORMAL, -SMALLEST_SUBNORMAL]),
 )
 # Alone, a trajectory may ask for the longest duration there is.
 _long_duration = st.sampled_from([2147483583, 2147483520.0, 21474836, 1e9])
@@ -363,18 +185,8 @@ trajectory_valid = st.one_of(
 
 
 # ---------------------------------------------------------------------------
-# Near misses of these readers: look-alike type words, nesting where it is
-# not taken, and numbers at the limits the gaps name.
-
-_look_alikes = st.sampled_from([
-    "line", "LINE", "Line ", "Arc", "circle", "Circles", "flat", "Composed ", "composed",
-    "Holonomic", "NonHolonomic", "Nonholonomic", "holonomic", "",
-])
-
-
-def _renamed(valid: "st.SearchStrategy[Any]") -> "st.SearchStrategy[Any]":
-    return st.builds(lambda v, w: [w] + v[1:], valid, _look_alikes)
-
+# Near misses of these readers: nesting where it is not taken, and numbers at
+# the limits the gaps name.
 
 _long_line = st.builds(lambda p: ["Line", p], st.sampled_from([
     [7.0710678e8, 7.0710678e8], [7.071068e8, 7.071068e8], [1000000033, 0], [-1e9, 64],
@@ -384,8 +196,8 @@ _long_arc = st.builds(lambda c, a: ["Circle", c, a],
                       st.sampled_from([10, 1e4, 6.2831855, -FLOAT32_MAX, 1e-9]))
 _tight_arc = st.builds(lambda c, a: ["Circle", c, a],
                        st.sampled_from([[2.9e-39, 0], [2.9387359e-39, 0], [2.94e-39, 0],
-                                        [0, -1e-39], [_SMALLEST_SUBNORMAL, 0],
-                                        [[3e-39, _SMALLEST_SUBNORMAL]]]),
+                                        [0, -1e-39], [SMALLEST_SUBNORMAL, 0],
+                                        [[3e-39, SMALLEST_SUBNORMAL]]]),
                        st.sampled_from([1, -0.5, 1e-30]))
 _huge_turn = st.builds(lambda a: ["Circle", [1e-30, 0], a],
                        st.sampled_from([FLOAT32_MAX, 3e38, 1.7e38, -2e38]))
@@ -403,7 +215,6 @@ _composed_trouble = st.builds(lambda ps, t, qs: ["Composed"] + ps + [t] + qs,
                               st.lists(st.one_of(_direct_path(False), _huge_turn), max_size=2))
 
 path_near = st.one_of(
-    _renamed(path_valid),
     _path_trouble,
     _composed_trouble,
     st.builds(lambda v: ["Composed", v], _composed_path(False)),
@@ -418,7 +229,6 @@ _trouble_path = st.one_of(_path_trouble, _composed_trouble, st.just(["Composed"]
                           st.just(["Composed", ["Line", [1e9, 0]], ["Line", [-1e9, 0]]]))
 
 trajectory_near = st.one_of(
-    _renamed(trajectory_valid),
     st.builds(lambda p, r, d: ["Holonomic", p, r, d], _timed_path, _edge_rotation, _duration),
     st.builds(lambda p, d: ["NonHolonomic", p, d], _timed_path, _edge_duration),
     st.builds(lambda p, r, d: ["Holonomic", p, r, d], _trouble_path, _rotation, _duration),
@@ -432,27 +242,15 @@ trajectory_near = st.one_of(
 
 
 CASES = [
-    ReaderCase(
-        name="path",
-        read=read_path,
-        valid=path_valid,
-        near=path_near,
-        gaps=(
-            Gap(PIECE_LENGTH, _some_piece_too_long(timed=False)),
-            Gap(CURVATURE, _some_arc_too_curved(timed=False)),
-            Gap(HEADING, _heading_may_overflow(timed=False)),
-        ),
-    ),
-    ReaderCase(
-        name="trajectory",
-        read=read_trajectory,
-        valid=trajectory_valid,
-        near=trajectory_near,
-        gaps=(
-            Gap(PIECE_LENGTH, _some_piece_too_long(timed=True)),
-            Gap(CURVATURE, _some_arc_too_curved(timed=True)),
-            Gap(ORIENTATION, _heading_may_overflow(timed=True)),
-            Gap(DURATION_FIT, _guarded(_duration_may_not_fit)),
-        ),
-    ),
+    ReaderCase("path", read_path, path_valid, near=path_near, gaps=(
+        Gap(PIECE_LENGTH, rejected_with(read_path, _TOO_LONG)),
+        Gap(CURVATURE, rejected_with(read_path, _TOO_CURVED)),
+        Gap(HEADING, rejected_with(read_path, *_OUT_OF_RANGE)),
+    )),
+    ReaderCase("trajectory", read_trajectory, trajectory_valid, near=trajectory_near, gaps=(
+        Gap(PIECE_LENGTH, rejected_with(read_trajectory, _TOO_LONG)),
+        Gap(CURVATURE, rejected_with(read_trajectory, _TOO_CURVED)),
+        Gap(ORIENTATION, rejected_with(read_trajectory, _ORIENTATION, *_OUT_OF_RANGE)),
+        Gap(DURATION_FIT, rejected_with(read_trajectory, *_UNTIMABLE)),
+    )),
 ]

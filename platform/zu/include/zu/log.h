@@ -4,7 +4,9 @@
 // A record at level L is handed on when its category's level is at least L
 // (so a warning, level 3, passes only while the category's level is above 2).
 // Records go to every subscribed handler, synchronously, on the thread that
-// logs. With no handler subscribed, nothing is printed anywhere.
+// logs. With no handler subscribed a record is dropped: the logging itself
+// prints nothing. (Code that writes to a standard stream directly is not
+// logging and is not silenced by it.)
 #pragma once
 
 #include <zu/zu_export.h>

@@ -15,6 +15,19 @@ namespace KR {
 namespace Math {
 namespace Trajectory {
 
+class HolonomicTrajectoryFactory;
+class NonHolonomicTrajectoryFactory;
+
+/// What the constructors of the direct trajectories ask for, so that only the
+/// trajectory factories make them: a trajectory is made of phases the
+/// factory planned within its limits, which no caller can plan or check.
+class TrajectoryFactoryKey {
+  friend class HolonomicTrajectoryFactory;
+  friend class NonHolonomicTrajectoryFactory;
+  // User-provided, so that the key is not an aggregate that `{}` could make.
+  TrajectoryFactoryKey() {}
+};
+
 /// A motion that lasts duration() and gives the robot's state at any time
 /// since its start. States are in the world frame: velocity and
 /// acceleration are the time derivatives of the position (x, y) and of the
@@ -115,17 +128,14 @@ class KRMATH_API KRDirectTrajectoryPose2D : public KRTrajectoryPose2D {
   /// sources.
   struct Phase;
 
-  /// Made by the trajectory factories: follows `path` with the given phases
-  /// (in order), lasting `duration` (never shorter than the phases' own
-  /// time), starting at rest. The minimum duration is taken as `duration`.
-  /// Throws std::runtime_error for a null path, a negative duration or a
-  /// phase naming a segment the path does not have.
-  KRDirectTrajectoryPose2D(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
-                           const RationalSeconds& duration);
-  /// The same, starting with `startVelocity` (the phases were planned from
-  /// it), with the minimum duration the factory found.
-  KRDirectTrajectoryPose2D(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
-                           const RationalSeconds& duration,
+  /// Made by the non-holonomic factory (and by the holonomic trajectory, for
+  /// its base): follows `path` with the given phases (in order), lasting
+  /// `duration` (never shorter than the phases' own time), starting with
+  /// `startVelocity` (the phases were planned from it), with the minimum
+  /// duration the factory found. Throws std::runtime_error for a null path, a
+  /// negative duration or a phase naming a segment the path does not have.
+  KRDirectTrajectoryPose2D(TrajectoryFactoryKey key, std::unique_ptr<KRPath2D> path,
+                           std::vector<Phase> phases, const RationalSeconds& duration,
                            const RationalSeconds& minimumDuration, const Pose2D& startVelocity);
 
  protected:
@@ -166,25 +176,18 @@ class KRMATH_API KRTrajectoryPose2DHolonomic : public KRDirectTrajectoryPose2D {
   Pose2DPosVelAcc stateAt(double seconds) const override;
   float rotation() const;
 
-  /// Made by the holonomic factory: the rotation is the fastest profile
-  /// within the given angular limits, from rest, stretched to last
-  /// `duration`. Throws std::runtime_error when the orientation, the
-  /// rotation or the limits are not finite, or a limit is not positive.
-  KRTrajectoryPose2DHolonomic(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
-                              const RationalSeconds& duration, float startOrientation,
+  /// Made by the holonomic factory from the start state `start` (its
+  /// orientation and velocity), with the minimum duration the factory found:
+  /// the rotation is the fastest profile within the given angular limits,
+  /// stretched to last `duration` when it starts at rest. Throws
+  /// std::runtime_error when the orientation, the rotation or the limits are
+  /// not finite, a limit is not positive, or the start turning rate cannot be
+  /// honoured.
+  KRTrajectoryPose2DHolonomic(TrajectoryFactoryKey key, std::unique_ptr<KRPath2D> path,
+                              std::vector<Phase> phases, const RationalSeconds& duration,
+                              const RationalSeconds& minimumDuration, const Pose2DPosVelAcc& start,
                               float rotation, double maxAngularVelocity,
                               double maxAngularAcceleration);
-  /// The same from the start state `start` (its orientation and velocity),
-  /// with the minimum duration the factory found. Throws std::runtime_error
-  /// also when the start turning rate cannot be honoured.
-  KRTrajectoryPose2DHolonomic(std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
-                              const RationalSeconds& duration,
-                              const RationalSeconds& minimumDuration,
-                              const Pose2DPosVelAcc& start, float rotation,
-                              double maxAngularVelocity, double maxAngularAcceleration);
-
-  /// The own time of the fastest turn from the start turning rate (seconds).
-  double rotationTime() const;
 
  private:
   float startOrientation_;
