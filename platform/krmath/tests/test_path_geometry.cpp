@@ -8,6 +8,8 @@
 #include <kr/math/trajectory/pathfactory.h>
 #include <kr/math/trajectory/trajectoryfactory.h>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -18,11 +20,26 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
-#include "test_support.h"
-
 namespace {
+
+constexpr const char* kNoThrow = "<no exception>";
+
+// The message of the std::runtime_error that `f` throws, failing the test if
+// the exception is a subclass rather than exactly that type; kNoThrow when
+// `f` throws nothing.
+template <typename F>
+std::string messageOf(F&& f) {
+  try {
+    f();
+  } catch (const std::runtime_error& e) {
+    EXPECT_EQ(typeid(e), typeid(std::runtime_error)) << e.what();
+    return e.what();
+  }
+  return kNoThrow;
+}
 
 using namespace KR::Math;
 using namespace KR::Math::Trajectory;
