@@ -52,7 +52,6 @@ TEST(Key, ReadsOrFailsOnTheFirstCheckInOrderLeavingTheKeyUntouched) {
       readKey, s,
       {
           {"[-2, [0, 1, 2.5], [2, -3, 4]]", kNoThrow, key(-2, 0, 1, 2.5f, 2, -3, 4)},
-          {"null", kPrefix + " KRValue is invalid.", s},
           {"1.5", kNotArray, s},
           {"[1, [3, 0, 0]]", kMalformed, s},
           {"[1, [3, 0, 0], [3, 0, 0], 4]", kMalformed, s},

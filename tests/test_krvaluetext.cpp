@@ -34,23 +34,19 @@ void expectError(const std::vector<std::pair<std::string, std::size_t>>& cases,
   }
 }
 
+// Ordinary number tokens are the generated tests' business; these are the
+// words, the int range's ends and the float range's edges.
 TEST(ParseKRValue, ScalarsKeepTheirKindAndSign) {
   const std::pair<const char*, KRValue> cases[] = {
       {"null", KRValue()},
       {"true", KRValue(true)},
       {"false", KRValue(false)},
       {" \t\r\n \"x\" \n", KRValue("x")},
-      {"-0", KRValue(0)},  // no point, no exponent: an int
       {"2147483647", KRValue(INT_MAX)},
       {"-2147483648", KRValue(INT_MIN)},
-      {"3.0", KRValue(3.0f)},
-      {"3e0", KRValue(3.0f)},
-      {"1E+2", KRValue(100.0f)},
-      {"-0.5", KRValue(-0.5f)},
-      {"16777217.0", KRValue(16777216.0f)},  // the nearest float
+      {"1E+2", KRValue(100.0f)},  // the generated tokens have no '+'
       {"3.40282356e38", KRValue(FLT_MAX)},   // still rounds down to the largest float
       {"1e-45", KRValue(std::numeric_limits<float>::denorm_min())},
-      {"-0.0", KRValue(-0.0f)},
       {"-1e-50", KRValue(-0.0f)},  // too small: a zero of the token's sign
       {"1e-400", KRValue(0.0f)},
       // Just above the midpoint between 1 and the next float. Rounding to

@@ -62,7 +62,6 @@ TEST(TemperatureStatusReader, AccumulatesNamesAndChecksInOrder) {
       {{R"([1.9, ["B", "A", "B"], "more"])", kNoThrow, {1, {"A", "B", "Z"}}},
        {R"([1, "A"])", kNoThrow, {1, {"Z"}}},  // element 1 is not required to be an array
        {"null", kInvalid, old},
-       {"[]", kEmpty, old},
        {"[1]", kSize, old},
        {R"(["x", ["A"]])", kNotInt, old},
        {R"([3, ["A", 5, "B"]])", kStringNotInt, {3, {"A", "Z"}}}});
@@ -185,7 +184,6 @@ TEST(MetricalDataReader, ShapeThenLabelsPointsTransformDuration) {
       read, old,
       {{with(0, "\"a\""), kNoThrow, metrical("a", "b", moved(0.5f, 0, 0), read2, 2000250000)},
        {"[]", kEmpty, old},
-       {"\"a\"", kNotArray, old},
        {with(4, ""), shape, old},
        {with(0, "1"), shape, old},
        {with(3, "[1, 0, 0, 0.5, 0, 1, 0, 0, 0, 0, 1, 0]"), shape, old},

@@ -38,12 +38,10 @@ TEST(ReadSupportSequence, ShapesMessagesAndListReaders) {
        {"null", kSize3, kLeftover},
        {R"(["S", []])", kSize3, kLeftover},
        {"[1, [], []]", "KRMotion: arg Expected a string as first element.", kLeftover},
-       // Not the empty case: the float reader rejects the empty list.
+       // Not the empty case: the float reader rejects the empty list. The
+       // float and bool readers' own messages are their tests' business.
        {R"(["S", [], [true]])", "KRMotion: arg KRValue is empty.", kLeftover},
-       {R"(["S", null, []])", "KRMotion: arg KRValue is invalid.", kLeftover},
        {R"(["S", [0.5, "x"], [true, true]])", "arg KRValue: Expected a float", kLeftover},
-       {R"(["S", [0.5], "yes"])",
-        "arg : Expected a bool, int, float or array but found an invalid KRValue", kLeftover},
        {R"(["S", [0.5], null])",
         "arg : Expected a bool or vector of bool but found an invalid KRValue", kLeftover}});
 }

@@ -12,8 +12,6 @@ import krvalueutils as kv
 @pytest.mark.parametrize(
     "read, value, message, path",
     [
-        (kv.extract_vector_pose2d_from_krvalue, [[1, 2, 3], [4, "y", 6]],
-         "waypoints y: Expected a float", (1, 1)),
         (kv.extract_pose2d_from_krvalue, [1, 2],
          "KRMotion: waypoints Pose2D is not valid. It has to be [x, y, theta].", ()),
         (kv.extract_path2d_builder_from_krvalue,

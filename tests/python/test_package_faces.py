@@ -94,15 +94,13 @@ def test_paths_trajectories_and_builders_say_what_they_are() -> None:
     assert f" {built.duration} s " in text
 
 
-@pytest.mark.parametrize("period", [Fraction(1, 100), "1/100", "0.01", 0.01, 0.0100000001])
+@pytest.mark.parametrize("period", [Fraction(1, 100), "1/100", "0.01"])
 def test_a_period_is_exact_whatever_form_it_comes_in(period: object) -> None:
     assert kv.HolonomicTrajectoryFactory((1, 1), (1, 1), period).period == Fraction(1, 100)  # type: ignore
 
 
 def test_a_whole_period_and_a_bad_one() -> None:
     assert kv.NonHolonomicTrajectoryFactory((1, 1), (1, 1), 2).period == 2
-    # A float becomes the nearest fraction with a denominator of at most 10**6.
-    assert kv.NonHolonomicTrajectoryFactory((1, 1), (1, 1), 1 / 3).period == Fraction(1, 3)
     with pytest.raises(TypeError, match="got bool$"):
         kv.NonHolonomicTrajectoryFactory((1, 1), (1, 1), True)
     with pytest.raises(ValueError, match="reads as a fraction"):

@@ -1,11 +1,11 @@
 """Generated tests of the text form through Python: any value the value type
 can hold (floats exact in float32) reads back from its text with its kinds,
 NaN, infinities, -0.0, denormals, extreme ints and any Unicode string
-included; and malformed text fails with a located, bounded message."""
+included. Where malformed text fails is the C++ suite's business: the
+binding passes the text through unchanged."""
 
 import json
 import math
-import re
 import struct
 
 from hypothesis import given, settings, strategies as st
@@ -58,33 +58,3 @@ def test_printed_floats_are_the_words_and_numbers_python_reads(floats: list[floa
             assert struct.unpack("<f", struct.pack("<f", read))[0] == original
     # And the other way: what json writes of them reads as the same floats.
     assert same(floats, kv.loads(json.dumps(floats)))
-
-
-ERROR = re.compile(r"KRValue text: [a-z ]+ at line (\d+), column (\d+) \(offset (\d+)\)(: .*)?",
-                   re.DOTALL)
-
-
-@settings(max_examples=300, deadline=None)
-@given(VALUES, st.integers(min_value=0), st.integers(min_value=0, max_value=3),
-       st.sampled_from(["\x00", "\x01", "\x0b", "\x1f"]))
-def test_a_bad_character_is_reported_at_its_line_and_column(
-        value: object, position: int, lines: int, bad: str) -> None:
-    printed = kv.dumps(value)
-    cut = position % (len(printed) + 1)
-    # Not inside a number: the digits before the cut would be a token of their own.
-    while 0 < cut < len(printed) and printed[cut - 1].isdigit() and printed[cut] in "0123456789.eE":
-        cut += 1
-    if 0 < cut < len(printed) and printed[cut] in ".eE":
-        cut += 1
-    text = "\n" * lines + printed[:cut] + bad + printed[cut:]
-    try:
-        kv.loads(text)
-    except RuntimeError as error:
-        message = str(error)
-    else:
-        raise AssertionError(f"{text!r} was read")
-    found = ERROR.fullmatch(message)
-    assert found, message
-    assert (int(found[1]), int(found[2])) == (lines + 1, cut + 1), message
-    assert int(found[3]) == len((text[:lines + cut]).encode()), message
-    assert len(message) < 250, message
