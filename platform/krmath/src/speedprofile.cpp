@@ -23,7 +23,7 @@ namespace {
 constexpr double kCentripetalShare = 0.99;
 // Steps of a rise or fall on a curve, where the tangential acceleration left
 // depends on the speed.
-constexpr int kCurveSteps = 8;
+constexpr int kCurveSteps = 32;
 // Slack for a start speed given as a float against bounds computed in double.
 constexpr double kStartSlack = 1e-6;
 

@@ -101,6 +101,80 @@ SpeedSpan spanOf(const Segment2D& segment, const MotionSettings& settings, bool 
   return span;
 }
 
+// A zone about a joint where the curvature jumps: over `halfLength` on each
+// side the speed is at most `speed` and the tangential acceleration at most
+// `tangential`.
+struct JumpZone {
+  double halfLength = 0.0;
+  double speed = std::numeric_limits<double>::infinity();
+  double tangential = std::numeric_limits<double>::infinity();
+};
+
+// The zone of a joint from curvature `before` to `after` for a base turning
+// with the path. Its turning rate k v jumps there by |after - before| v at
+// once, so the rotation acceleration is bounded over one period T, as a
+// controller ticking at T sees it: |w(t + T) - w(t)| <= alpha T. Half of
+// that goes to the jump, which caps the speed at the joint at
+// alpha T / (2 |jump|); the other half to the change of speed within the
+// period, which caps the tangential acceleration at alpha / (2 max |k|).
+// The cap holds for T of travel on both sides (its speed times T), so any
+// period that spans the joint lies within the zone.
+JumpZone jumpZone(double before, double after, const MotionSettings& settings) {
+  const double jump = std::fabs(after - before);
+  if (!(jump > 0.0)) {
+    return {};
+  }
+  const double period = toSeconds(settings.period);
+  JumpZone zone;
+  zone.speed = std::min(settings.speed, settings.angularAcceleration * period / (2.0 * jump));
+  zone.halfLength = zone.speed * period;
+  zone.tangential =
+      settings.angularAcceleration / (2.0 * std::max(std::fabs(before), std::fabs(after)));
+  return zone;
+}
+
+SpeedSpan capped(SpeedSpan span, double length, const JumpZone& zone) {
+  span.length = length;
+  span.maxSpeed = std::min(span.maxSpeed, zone.speed);
+  span.maxTangential = std::min(span.maxTangential, zone.tangential);
+  return span;
+}
+
+// The spans of a run (one per segment, with their signed curvatures) with
+// the zones of its curvature jumps cut out of them: a segment becomes up to
+// three spans, its start zone, its free middle and its end zone, or one
+// capped span when the zones cover it.
+std::vector<SpeedSpan> withJumpZones(const std::vector<SpeedSpan>& segments,
+                                     const std::vector<double>& curvatures,
+                                     const MotionSettings& settings) {
+  std::vector<SpeedSpan> spans;
+  spans.reserve(segments.size());
+  JumpZone startZone;
+  for (std::size_t i = 0; i < segments.size(); ++i) {
+    const JumpZone endZone = i + 1 < segments.size()
+                                 ? jumpZone(curvatures[i], curvatures[i + 1], settings)
+                                 : JumpZone();
+    const SpeedSpan& segment = segments[i];
+    const double free = segment.length - startZone.halfLength - endZone.halfLength;
+    if (!(free > 0.0)) {
+      JumpZone both;
+      both.speed = std::min(startZone.speed, endZone.speed);
+      both.tangential = std::min(startZone.tangential, endZone.tangential);
+      spans.push_back(capped(segment, segment.length, both));
+    } else {
+      if (startZone.halfLength > 0.0) {
+        spans.push_back(capped(segment, startZone.halfLength, startZone));
+      }
+      spans.push_back(capped(segment, free, JumpZone()));
+      if (endZone.halfLength > 0.0) {
+        spans.push_back(capped(segment, endZone.halfLength, endZone));
+      }
+    }
+    startZone = endZone;
+  }
+  return spans;
+}
+
 // The start speed along `direction`, the path's first direction of travel.
 // Throws std::runtime_error when the start velocity points elsewhere.
 double startSpeedAlong(const Pose2DPosVelAcc& start, double direction) {
@@ -167,9 +241,8 @@ class PhasePlanner {
         run_.startArc = arc;
         run_.headingOffset = offset;
       }
-      const SpeedSpan span = spanOf(segment, settings_, turnsWithPath_);
-      spans_.push_back(span);
-      run_.speedBounds.push_back(speedBound(span, settings_.acceleration));
+      spans_.push_back(spanOf(segment, settings_, turnsWithPath_));
+      curvatures_.push_back(static_cast<double>(segment.curvature));
       ++run_.segmentCount;
       arc += static_cast<double>(segment.length);
       heading = static_cast<double>(segment.endPose().theta) + offset;
@@ -205,11 +278,20 @@ class PhasePlanner {
     if (run_.segmentCount == 0) {
       return;
     }
-    run_.profile = planSpeedProfile(spans_, settings_.acceleration,
+    const std::vector<SpeedSpan> spans =
+        turnsWithPath_ ? withJumpZones(spans_, curvatures_, settings_) : spans_;
+    double start = 0.0;
+    for (const SpeedSpan& span : spans) {
+      run_.spanStarts.push_back(start);
+      run_.speedBounds.push_back(speedBound(span, settings_.acceleration));
+      start += span.length;
+    }
+    run_.profile = planSpeedProfile(spans, settings_.acceleration,
                                     phases_.empty() ? startSpeed_ : 0.0);
     append(run_);
     run_ = Phase();
     spans_.clear();
+    curvatures_.clear();
   }
 
   MotionSettings settings_;
@@ -217,7 +299,8 @@ class PhasePlanner {
   double startSpeed_ = 0.0;
   double time_ = 0.0;
   Phase run_;
-  std::vector<SpeedSpan> spans_;
+  std::vector<SpeedSpan> spans_;    // one per segment of the current run
+  std::vector<double> curvatures_;  // their signed curvatures
   std::vector<Phase> phases_;
 };
 

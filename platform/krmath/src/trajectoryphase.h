@@ -33,7 +33,10 @@ struct KRDirectTrajectoryPose2D::Phase {
   /// Turn: the orientation at its start, and the signed angle turned.
   double fromHeading = 0.0;
   double turn = 0.0;
-  /// Move: the speed bound of each segment of the run, in order.
+  /// Move: the run's spans of constant bounds, in order: where each starts
+  /// (arc length from startArc) and the speed bound along it. A segment is
+  /// one span, or several where a curvature jump's zone caps the speed.
+  std::vector<double> spanStarts;
   std::vector<double> speedBounds;
   /// Own time at which the phase starts.
   double startTime = 0.0;

@@ -115,7 +115,8 @@ void requireValidPhases(const std::vector<Phase>& phases, const KRPath2D& path) 
     const bool run = phase.kind == Phase::Kind::Move;
     const bool valid = run ? phase.segmentCount > 0 && phase.segment < count &&
                                  phase.segmentCount <= count - phase.segment &&
-                                 phase.speedBounds.size() == phase.segmentCount
+                                 !phase.speedBounds.empty() &&
+                                 phase.spanStarts.size() == phase.speedBounds.size()
                            : phase.segment < count;
     if (!valid) {
       throw std::runtime_error("A trajectory phase refers to a segment its path does not have.");
@@ -190,8 +191,9 @@ double KRDirectTrajectoryPose2D::speedBoundAt(double seconds) const {
   if (phase.kind == Phase::Kind::Turn) {
     return 0.0;
   }
-  const double s = phase.startArc + sampleProfile(phase.profile, own - phase.startTime).position;
-  return phase.speedBounds[segmentAt(phase, segmentStarts_, s) - phase.segment];
+  const double s = sampleProfile(phase.profile, own - phase.startTime).position;
+  const auto after = std::upper_bound(phase.spanStarts.begin() + 1, phase.spanStarts.end(), s);
+  return phase.speedBounds[static_cast<std::size_t>(after - phase.spanStarts.begin()) - 1];
 }
 
 const KRPath2D& KRDirectTrajectoryPose2D::path() const { return *path_; }

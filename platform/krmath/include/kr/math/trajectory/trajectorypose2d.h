@@ -82,10 +82,20 @@ class KRMATH_API KRTrajectoryPose2D {
 /// - |velocity theta| = |k v| <= second limits' velocity and, on an arc,
 ///   |acceleration theta| = |k a| <= second limits' acceleration; turns on
 ///   the spot keep both rotation limits.
-/// Where the path's curvature jumps (a line meeting an arc), the turning
-/// rate k v jumps with it: the path has no curvature in between, and
-/// stopping there instead would make every such joint a halt. The
-/// translation velocity stays continuous there.
+/// - The rotation acceleration holds as a controller ticking at the
+///   factory's period T sees it: |w(t + T) - w(t)| <= second limits'
+///   acceleration * T for every t. Where the path's curvature jumps by dk
+///   (a line meeting an arc, arcs of other radii or turning the other way),
+///   the turning rate k v jumps with it, since the robot follows the path
+///   exactly. So for T of travel on each side of such a joint the speed is
+///   at most alpha T / (2 dk) (alpha the rotation acceleration limit) and
+///   the tangential acceleration at most alpha / (2 max |k|): half a
+///   period's worth of rotation acceleration for the jump, half for the
+///   change of speed. With T = 10 ms, alpha = 1 rad/s^2 and a line meeting
+///   an arc of radius 1 m, that is 5 mm/s: the robot all but stops there.
+///   Two jumps closer than that zone (pieces shorter than a fraction of a
+///   millimetre) may add up within one period.
+///   The translation velocity stays continuous at the joint.
 ///
 /// Start state. The motion starts with the start state's velocity (x, y)
 /// when that is feasible: along the start orientation and the path's first
