@@ -22,7 +22,8 @@ namespace {
 // the one where the centripetal part alone reaches the bound.
 constexpr double kCentripetalShare = 0.99;
 // Steps of a rise or fall on a curve, where the tangential acceleration left
-// depends on the speed.
+// depends on the speed: each step takes the bound at its faster end, so more
+// steps lose less time (32: within about 0.2 % of the exact rise).
 constexpr int kCurveSteps = 32;
 // Slack for a start speed given as a float against bounds computed in double.
 constexpr double kStartSlack = 1e-6;
