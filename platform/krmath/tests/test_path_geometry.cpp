@@ -89,6 +89,38 @@ TEST(PathGeometry, PoseAtTheFloatLengthIsTheEndOfALongPath) {
   EXPECT_EQ(path->poseAt(path->length() * 2), path->endPose());
 }
 
+// A path made from segments directly checks each of them and its length:
+// short segments are kept, a segment or a path beyond the range of float is
+// refused with its message.
+TEST(PathGeometry, SegmentsAreCheckedWhenAPathIsMade) {
+  using Kind = KRDirectPath2D::Kind;
+  const float far = 1.7e38f;
+  const struct {
+    std::vector<Segment2D> segments;
+    std::string message;
+  } rows[] = {
+      {{{Pose2D(), 0.5f, 0.0f}, {Pose2D(0.5f, 0, 0), 0.25f, 2.0f}}, kNoThrow},
+      {{{Pose2D(), -0.5f, 0.0f}},
+       "A path segment needs a finite start pose, curvature and length >= 0."},
+      {{{Pose2D(0, kNaN, 0), 1.0f, 0.0f}},
+       "A path segment needs a finite start pose, curvature and length >= 0."},
+      {{{Pose2D(3e38f, 0, 0), 3e38f, 0.0f}},
+       "A path segment ends outside the range of float coordinates."},
+      // Out and back: each segment ends in range, their sum is not a float.
+      {{{Pose2D(-far, 0, 0), 2 * far, 0.0f}, {Pose2D(far, 0, kPi), 2 * far, 0.0f}},
+       "A path's length exceeds the range of float."},
+  };
+  for (const auto& row : rows) {
+    std::unique_ptr<KRDirectPath2D> path;
+    EXPECT_EQ(
+        messageOf([&] { path.reset(new KRDirectPath2D(Kind::Line, Pose2D(), row.segments)); }),
+        row.message);
+    if (path) {
+      EXPECT_EQ(path->segments().size(), row.segments.size());
+    }
+  }
+}
+
 // The geometry layer's own checks, whatever its callers checked before: each
 // fails with its message, and a trajectory factory keeps no piece it refused.
 TEST(PathGeometry, NonFiniteAndOverlongPiecesFailWithTheirMessages) {

@@ -332,9 +332,12 @@ TEST(FloatText, RecordsPrintExactlyWhateverTheStream) {
   EXPECT_EQ(both.str(), "Pose2D(x=123456.79, y=0, theta=0) Pose2D(x=123456.78, y=0, theta=0)");
   std::ostringstream all;
   all << Position2D(0.1f, 2) << Position3D(0.1f, 2, 3) << Position6D(0.1f, 2, 3, 4, 5, 6)
-      << Pose2DAndTime(Pose2D(0.1f, 2, 3), 0.1f);
+      << Pose2DAndTime(Pose2D(0.1f, 2, 3), 0.1f)
+      << Pose2DPosVelAcc(Pose2D(1, 2, 3), Pose2D(4, 5, 6), Pose2D(7, 8, 0.1f));
   EXPECT_EQ(all.str(),
             "Position2D(x=0.1, y=2)Position3D(x=0.1, y=2, z=3)"
             "Position6D(x=0.1, y=2, z=3, wx=4, wy=5, wz=6)"
-            "Pose2DAndTime(Pose2D(x=0.1, y=2, theta=3), time=0.1)");
+            "Pose2DAndTime(Pose2D(x=0.1, y=2, theta=3), time=0.1)"
+            "Pose2DPosVelAcc(position=Pose2D(x=1, y=2, theta=3), velocity=Pose2D(x=4, y=5, "
+            "theta=6), acceleration=Pose2D(x=7, y=8, theta=0.1))");
 }
