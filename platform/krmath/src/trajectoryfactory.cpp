@@ -101,76 +101,130 @@ SpeedSpan spanOf(const Segment2D& segment, const MotionSettings& settings, bool 
   return span;
 }
 
-// A zone about a joint where the curvature jumps: over `halfLength` on each
-// side the speed is at most `speed` and the tangential acceleration at most
-// `tangential`.
+// A zone about a joint where the curvature jumps, in arc length from the
+// start of the run: the speed is at most `speed` and the tangential
+// acceleration at most `tangential` on [from, to].
 struct JumpZone {
-  double halfLength = 0.0;
-  double speed = std::numeric_limits<double>::infinity();
-  double tangential = std::numeric_limits<double>::infinity();
+  double at;  // the joint
+  double from;
+  double to;
+  double speed;
+  double tangential;
 };
 
-// The zone of a joint from curvature `before` to `after` for a base turning
-// with the path. Its turning rate k v jumps there by |after - before| v at
-// once, so the rotation acceleration is bounded over one period T, as a
-// controller ticking at T sees it: |w(t + T) - w(t)| <= alpha T. Half of
-// that goes to the jump, which caps the speed at the joint at
-// alpha T / (2 |jump|); the other half to the change of speed within the
-// period, which caps the tangential acceleration at alpha / (2 max |k|).
-// The cap holds for T of travel on both sides (its speed times T), so any
-// period that spans the joint lies within the zone.
-JumpZone jumpZone(double before, double after, const MotionSettings& settings) {
-  const double jump = std::fabs(after - before);
-  if (!(jump > 0.0)) {
-    return {};
-  }
+// The zones of a run's curvature jumps for a base turning with the path. Its
+// turning rate w = k v jumps by |dk| v at once where the curvature jumps by dk
+// (a line meeting an arc, arcs of other radii or turning the other way), and
+// the rotation acceleration limit alpha holds as a controller ticking at the
+// period T sees it: |w(t + T) - w(t)| <= alpha T. Half of that budget goes to
+// the jumps a period can span, half to the change of speed within it:
+// - about each joint, for T of travel at the zone's speed on both sides, the
+//   speed is at most alpha T / (2 D), D the sum of the jumps within the
+//   farthest any period can reach (the speed limit times T), so the jumps
+//   of one period add up to at most alpha T / 2;
+// - the tangential acceleration there is at most alpha / (2 max |k|) over
+//   the zone, so k a adds at most alpha T / 2.
+// A period that spans a joint lies within that joint's zone, since crossing
+// the zone at its speed takes T; a period that spans none keeps the
+// curvature, where k a <= alpha already holds.
+std::vector<JumpZone> jumpZones(const std::vector<SpeedSpan>& segments,
+                                const std::vector<double>& curvatures,
+                                const MotionSettings& settings) {
   const double period = toSeconds(settings.period);
-  JumpZone zone;
-  zone.speed = std::min(settings.speed, settings.angularAcceleration * period / (2.0 * jump));
-  zone.halfLength = zone.speed * period;
-  zone.tangential =
-      settings.angularAcceleration / (2.0 * std::max(std::fabs(before), std::fabs(after)));
-  return zone;
-}
-
-SpeedSpan capped(SpeedSpan span, double length, const JumpZone& zone) {
-  span.length = length;
-  span.maxSpeed = std::min(span.maxSpeed, zone.speed);
-  span.maxTangential = std::min(span.maxTangential, zone.tangential);
-  return span;
+  const double reach = settings.speed * period;
+  std::vector<double> starts(segments.size() + 1, 0.0);
+  for (std::size_t i = 0; i < segments.size(); ++i) {
+    starts[i + 1] = starts[i] + segments[i].length;
+  }
+  std::vector<std::size_t> joints;  // joint i starts segment i
+  for (std::size_t i = 1; i < segments.size(); ++i) {
+    if (curvatures[i] != curvatures[i - 1]) {
+      joints.push_back(i);
+    }
+  }
+  auto jumpAt = [&](std::size_t i) { return std::fabs(curvatures[i] - curvatures[i - 1]); };
+  std::vector<JumpZone> zones;
+  zones.reserve(joints.size());
+  std::size_t first = 0;  // the joints within reach: [first, last)
+  std::size_t last = 0;
+  double near = 0.0;  // the sum of their jumps
+  for (const std::size_t joint : joints) {
+    const double at = starts[joint];
+    for (; last < joints.size() && starts[joints[last]] <= at + reach; ++last) {
+      near += jumpAt(joints[last]);
+    }
+    for (; starts[joints[first]] < at - reach; ++first) {
+      near -= jumpAt(joints[first]);
+    }
+    // At least the joint's own jump, whatever the running sum's rounding.
+    const double sum = std::max(near, jumpAt(joint));
+    const double speed =
+        std::min(settings.speed, settings.angularAcceleration * period / (2.0 * sum));
+    const double from = std::max(0.0, at - speed * period);
+    const double to = std::min(starts.back(), at + speed * period);
+    // The largest curvature over the zone: the segments it overlaps.
+    double curvature = 0.0;
+    const std::size_t low = static_cast<std::size_t>(
+        std::upper_bound(starts.begin(), starts.end(), from) - starts.begin() - 1);
+    for (std::size_t i = std::min(low, segments.size() - 1); i < segments.size() && starts[i] < to;
+         ++i) {
+      curvature = std::max(curvature, std::fabs(curvatures[i]));
+    }
+    zones.push_back({at, from, to, speed, settings.angularAcceleration / (2.0 * curvature)});
+  }
+  return zones;
 }
 
 // The spans of a run (one per segment, with their signed curvatures) with
-// the zones of its curvature jumps cut out of them: a segment becomes up to
-// three spans, its start zone, its free middle and its end zone, or one
-// capped span when the zones cover it.
+// its jump zones cut out of them: every segment boundary and zone edge starts
+// a span, capped by every zone that covers it.
 std::vector<SpeedSpan> withJumpZones(const std::vector<SpeedSpan>& segments,
                                      const std::vector<double>& curvatures,
                                      const MotionSettings& settings) {
+  const std::vector<JumpZone> zones = jumpZones(segments, curvatures, settings);
+  if (zones.empty()) {
+    return segments;
+  }
   std::vector<SpeedSpan> spans;
-  spans.reserve(segments.size());
-  JumpZone startZone;
-  for (std::size_t i = 0; i < segments.size(); ++i) {
-    const JumpZone endZone = i + 1 < segments.size()
-                                 ? jumpZone(curvatures[i], curvatures[i + 1], settings)
-                                 : JumpZone();
-    const SpeedSpan& segment = segments[i];
-    const double free = segment.length - startZone.halfLength - endZone.halfLength;
-    if (!(free > 0.0)) {
-      JumpZone both;
-      both.speed = std::min(startZone.speed, endZone.speed);
-      both.tangential = std::min(startZone.tangential, endZone.tangential);
-      spans.push_back(capped(segment, segment.length, both));
-    } else {
-      if (startZone.halfLength > 0.0) {
-        spans.push_back(capped(segment, startZone.halfLength, startZone));
-      }
-      spans.push_back(capped(segment, free, JumpZone()));
-      if (endZone.halfLength > 0.0) {
-        spans.push_back(capped(segment, endZone.halfLength, endZone));
+  spans.reserve(segments.size() + 2 * zones.size());
+  // A zone reaches at most `reach` from its joint; the joints are in order.
+  const double reach = settings.speed * toSeconds(settings.period);
+  std::size_t nextZone = 0;  // the first zone that may reach this segment
+  double start = 0.0;
+  for (const SpeedSpan& segment : segments) {
+    const double end = start + segment.length;
+    while (nextZone < zones.size() && zones[nextZone].at + reach < start) {
+      ++nextZone;
+    }
+    std::size_t pastZones = nextZone;  // the first zone that cannot reach it
+    while (pastZones < zones.size() && zones[pastZones].at - reach <= end) {
+      ++pastZones;
+    }
+    std::vector<double> cuts{start, end};
+    for (std::size_t z = nextZone; z < pastZones; ++z) {
+      for (const double edge : {zones[z].from, zones[z].to}) {
+        if (edge > start && edge < end) {
+          cuts.push_back(edge);
+        }
       }
     }
-    startZone = endZone;
+    std::sort(cuts.begin(), cuts.end());
+    for (std::size_t c = 0; c + 1 < cuts.size(); ++c) {
+      if (!(cuts[c + 1] > cuts[c])) {
+        continue;
+      }
+      SpeedSpan span = segment;
+      span.length = cuts[c + 1] - cuts[c];
+      const double middle = 0.5 * (cuts[c] + cuts[c + 1]);
+      for (std::size_t z = nextZone; z < pastZones; ++z) {
+        if (zones[z].from <= middle && middle <= zones[z].to) {
+          span.maxSpeed = std::min(span.maxSpeed, zones[z].speed);
+          span.maxTangential = std::min(span.maxTangential, zones[z].tangential);
+        }
+      }
+      spans.push_back(span);
+    }
+    start = end;
   }
   return spans;
 }

@@ -291,8 +291,9 @@ double restToRest(double distance, double speed, double acceleration) {
 // raised forward and backward by 2 a ds with the tangential acceleration the
 // centripetal one leaves. A base facing along the path adds k v and k a to
 // its rotation, turns on the spot at corners, and about a joint where the
-// curvature jumps by dk keeps, for `period` of travel on each side, the
-// speed within alpha period / (2 dk) and k a within alpha / 2.
+// curvature jumps keeps, for `period` of travel on each side, the speed
+// within alpha period / (2 D), D the sum of the jumps a period at full speed
+// reaches, and k a within alpha / 2.
 double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& angular,
                      bool facing, double period = 0.01) {
   struct Point {
@@ -305,7 +306,16 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
   const double alpha = static_cast<double>(angular.maxAcceleration);
   const double vmax = static_cast<double>(linear.maxVelocity);
   // First the corners and the zones of the curvature jumps, by arc length.
+  struct Jump {
+    double s, dk, runStart;
+  };
+  struct Extent {
+    double from, to, k;
+  };
   std::vector<bool> corners;
+  std::vector<double> runStarts;
+  std::vector<Jump> jumps;
+  std::vector<Extent> extents;
   std::vector<Zone> zones;
   double time = 0.0;  // turns on the spot
   double heading = static_cast<double>(path.startPose().theta);
@@ -319,24 +329,50 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
       time += restToRest(std::fabs(jump), static_cast<double>(angular.maxVelocity), alpha);
     }
     const double k = static_cast<double>(segment.curvature);
+    runStarts.push_back(corner || arc == 0 ? arc : runStarts.back());
     if (facing && !corner && arc > 0 && k != curvature) {
-      const double speed = std::min(vmax, alpha * period / (2 * std::fabs(k - curvature)));
-      zones.push_back({arc - speed * period, arc + speed * period, speed,
-                       alpha / (2 * std::max(std::fabs(k), std::fabs(curvature)))});
+      jumps.push_back({arc, std::fabs(k - curvature), runStarts.back()});
     }
     corners.push_back(corner);
+    extents.push_back({arc, arc + static_cast<double>(segment.length), std::fabs(k)});
     arc += static_cast<double>(segment.length);
     heading = static_cast<double>(segment.endPose().theta);
     curvature = k;
+  }
+  // A jump's zone: the speed bound from every jump of its run a period can
+  // reach, the tangential one from every curvature the zone overlaps.
+  for (const Jump& jump : jumps) {
+    double sum = 0.0;
+    for (const Jump& other : jumps) {
+      if (other.runStart == jump.runStart && std::fabs(other.s - jump.s) <= vmax * period) {
+        sum += other.dk;
+      }
+    }
+    const double speed = std::min(vmax, alpha * period / (2 * sum));
+    double runEnd = arc;
+    for (std::size_t i = 0; i < extents.size(); ++i) {
+      if (corners[i] && extents[i].from > jump.s) {
+        runEnd = std::min(runEnd, extents[i].from);
+      }
+    }
+    Zone zone{std::max(jump.runStart, jump.s - speed * period),
+              std::min(runEnd, jump.s + speed * period), speed, 0};
+    double k = 0.0;
+    for (const Extent& e : extents) {
+      if (e.from < zone.to && e.to > zone.from) {
+        k = std::max(k, e.k);
+      }
+    }
+    zone.tangential = alpha / (2 * k);
+    zones.push_back(zone);
   }
   // Then the grid, with steps of at most 20 um that break at every zone's edges.
   std::vector<Point> grid;
   arc = 0.0;
   for (std::size_t i = 0; i < path.segments().size(); ++i) {
     const Segment2D& segment = path.segments()[i];
-    if (corners[i] && !grid.empty()) {
-      grid.back().bound2 = 0;
-    }
+    // At a corner the robot is at rest: the segment's first point.
+    const std::size_t first = grid.size();
     const double k = static_cast<double>(std::fabs(segment.curvature));
     double bound = vmax;
     if (k > 0) {
@@ -354,7 +390,7 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
     }
     std::sort(breaks.begin(), breaks.end());
     for (std::size_t b = 0; b + 1 < breaks.size(); ++b) {
-      const int n = std::max(2, static_cast<int>((breaks[b + 1] - breaks[b]) / 2e-5));
+      const int n = std::max(8, static_cast<int>((breaks[b + 1] - breaks[b]) / 2e-5));
       const double ds = (breaks[b + 1] - breaks[b]) / n;
       for (int j = 0; j < n; ++j) {
         Point p{breaks[b] + j * ds, ds, k, bound * bound,
@@ -368,6 +404,9 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
         }
         grid.push_back(p);
       }
+    }
+    if (corners[i] && first > 0) {
+      grid[first].bound2 = 0;
     }
     arc = end;
   }
@@ -448,27 +487,56 @@ const PathCase kPaths[] = {
     {"three collinear lines", [](TrajectoryFactory& f) { collinear(f, 3, 1.0f); }, 7.0},
     {"twenty short lines", [](TrajectoryFactory& f) { collinear(f, 20, 0.1f); }, 5.0},
     {"line, tangent quarter arc, line",
-     [](TrajectoryFactory& f) { f.addLine({2, 0}); f.addCircle({0, 1}, kPi / 2); f.addLine({2, 0}); },
+     [](TrajectoryFactory& f) {
+       f.addLine({2, 0});
+       f.addCircle({0, 1}, kPi / 2);
+       f.addLine({2, 0});
+     },
      0},
     {"S-bend",
      [](TrajectoryFactory& f) {
-       f.addCircle({0, 0.6f}, kPi / 2); f.addCircle({0, -0.6f}, -kPi / 2); f.addLine({0.5f, 0});
-     }, 0},
+       f.addCircle({0, 0.6f}, kPi / 2);
+       f.addCircle({0, -0.6f}, -kPi / 2);
+       f.addLine({0.5f, 0});
+     },
+     0},
     {"square corners",
-     [](TrajectoryFactory& f) { f.addLine({1, 0}); f.addLine({0, 1}); f.addLine({0, 1}); }, 0},
+     [](TrajectoryFactory& f) {
+       f.addLine({1, 0});
+       f.addLine({0, 1});
+       f.addLine({0, 1});
+     },
+     0},
     // Radius 0.2 m: the centripetal bound (0.32 m/s) binds below 0.5 m/s.
-    {"tight arcs", [](TrajectoryFactory& f) {
-       f.addLine({0.5f, 0}); f.addCircle({0, 0.2f}, 3 * kPi / 2);
+    {"tight arcs",
+     [](TrajectoryFactory& f) {
+       f.addLine({0.5f, 0});
+       f.addCircle({0, 0.2f}, 3 * kPi / 2);
        f.addFlat({0, -0.2f}, -kPi, {0.4f, 0}, {0, 0.15f}, kPi);
-     }, 0},
+     },
+     0},
     {"very short pieces",
      [](TrajectoryFactory& f) {
        for (int i = 0; i < 30; ++i) {
-         f.addCircle({0, i % 2 ? -0.5f : 0.5f}, i % 2 ? -0.02f : 0.02f); f.addLine({0.003f, 0});
+         f.addCircle({0, i % 2 ? -0.5f : 0.5f}, i % 2 ? -0.02f : 0.02f);
+         f.addLine({0.003f, 0});
        }
-     }, 0},
+     },
+     0},
+    // Still speeding up from rest where the curvature jumps: the jump and
+    // the speeding up share the rotation acceleration within one period.
+    {"arc into a tighter arc",
+     [](TrajectoryFactory& f) {
+       f.addCircle({0, 0.1f}, 5e-4f);
+       f.addCircle({0, 1 / 11.0f}, 1);
+     },
+     0},
     // A corner of one float step is driven through: no turn on the spot.
-    {"rounding-size corner", [](TrajectoryFactory& f) { f.addLine({1, 0}); f.addLine({1, 1e-7f}); },
+    {"rounding-size corner",
+     [](TrajectoryFactory& f) {
+       f.addLine({1, 0});
+       f.addLine({1, 1e-7f});
+     },
      4.0 + 1.0},
 };
 
@@ -501,7 +569,8 @@ TEST(TrajectoryProfile, FastestWithinLimitsAndMatchesTheReference) {
 
 // Generated paths for both kinds, under several limits and periods: lines
 // (straight on or round a corner), arcs of both signs with radii from 5 cm
-// to 5 m, flats, and pieces from 0.1 mm to 1.5 m. At every millisecond each
+// to 5 m, flats, pieces from 0.1 mm to 1.5 m and bursts of arcs of 10 um to
+// 1 mm turning either way. At every millisecond each
 // limit holds, the motion ends at rest exactly where the path ends, and it
 // takes the reference's time within 1 % and one period.
 TEST(TrajectoryProfile, GeneratedPathsKeepEveryLimitAndTheReferenceTime) {
@@ -528,7 +597,7 @@ TEST(TrajectoryProfile, GeneratedPathsKeepEveryLimitAndTheReferenceTime) {
       const float side = random() % 2 ? 1.0f : -1.0f;
       const float radius = logUniform(0.05, 5.0);
       const float angle = side * std::min(2.0f, length / radius);
-      switch (random() % 4) {
+      switch (random() % 5) {
         case 0:
           pieces.push_back([=](TrajectoryFactory& f) { f.addLine({length, 0}); });
           break;
@@ -542,6 +611,18 @@ TEST(TrajectoryProfile, GeneratedPathsKeepEveryLimitAndTheReferenceTime) {
         case 2:
           pieces.push_back([=](TrajectoryFactory& f) { f.addCircle({0, side * radius}, angle); });
           break;
+        case 3: {
+          // Arcs turning either way, each far shorter than a period's travel,
+          // so that the jumps of one period add up.
+          const float tiny = logUniform(1e-5, 1e-3);
+          pieces.push_back([=](TrajectoryFactory& f) {
+            for (int j = 0; j < 6; ++j) {
+              const float turn = j % 2 ? -side : side;
+              f.addCircle({0, turn * radius}, turn * tiny / radius);
+            }
+          });
+          break;
+        }
         default:
           pieces.push_back([=](TrajectoryFactory& f) {
             f.addFlat({0, side * radius}, angle, {2 * length, side * length},

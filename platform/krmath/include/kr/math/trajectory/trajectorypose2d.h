@@ -88,13 +88,13 @@ class KRMATH_API KRTrajectoryPose2D {
 ///   (a line meeting an arc, arcs of other radii or turning the other way),
 ///   the turning rate k v jumps with it, since the robot follows the path
 ///   exactly. So for T of travel on each side of such a joint the speed is
-///   at most alpha T / (2 dk) (alpha the rotation acceleration limit) and
-///   the tangential acceleration at most alpha / (2 max |k|): half a
-///   period's worth of rotation acceleration for the jump, half for the
-///   change of speed. With T = 10 ms, alpha = 1 rad/s^2 and a line meeting
-///   an arc of radius 1 m, that is 5 mm/s: the robot all but stops there.
-///   Two jumps closer than that zone (pieces shorter than a fraction of a
-///   millimetre) may add up within one period.
+///   at most alpha T / (2 D) (alpha the rotation acceleration limit, D the
+///   sum of the jumps within one period's travel at full speed, dk alone
+///   unless pieces are that short) and the tangential acceleration at most
+///   alpha / (2 max |k|) over that stretch: half a period's worth of
+///   rotation acceleration for the jumps, half for the change of speed.
+///   With T = 10 ms, alpha = 1 rad/s^2 and a line meeting an arc of radius
+///   1 m, that is 5 mm/s: the robot all but stops there.
 ///   The translation velocity stays continuous at the joint.
 ///
 /// Start state. The motion starts with the start state's velocity (x, y)
