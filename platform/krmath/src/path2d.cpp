@@ -32,6 +32,48 @@ double chordLength(double curvature, double s) {
   return s * std::sin(half) / half;
 }
 
+// A bound on how much a clothoid's heading turns over [0, s]: the sum of
+// its end curvatures' sizes times s. It decides how finely the position is
+// integrated.
+double clothoidVariation(const Segment2D& segment, double s) {
+  return (std::fabs(static_cast<double>(segment.curvature)) + std::fabs(segment.curvatureAt(s))) *
+         s;
+}
+
+// Clothoids turning further are refused: their positions would take ever
+// more steps to integrate.
+constexpr double kMaxClothoidTurn = 1000.0;
+// Each step of the integration turns by at most this (radians), so six
+// Gauss-Legendre nodes give the position to double's rounding.
+constexpr double kClothoidStepTurn = 0.5;
+
+// The position along a clothoid by Gauss-Legendre quadrature of its unit
+// tangent, in steps that each turn by at most kClothoidStepTurn.
+PoseD clothoidPoseAt(const Segment2D& segment, double s) {
+  static const double kNodes[3] = {0.2386191860831909, 0.6612093864662645, 0.9324695142031521};
+  static const double kWeights[3] = {0.4679139345726910, 0.3607615730481386, 0.1713244923791704};
+  const double theta = static_cast<double>(segment.start.theta);
+  const double k = static_cast<double>(segment.curvature);
+  const double c = static_cast<double>(segment.sharpness);
+  const double steps = std::max(1.0, std::ceil(clothoidVariation(segment, s) / kClothoidStepTurn));
+  const double h = s / steps;
+  double x = 0.0;
+  double y = 0.0;
+  for (double i = 0.0; i < steps; ++i) {
+    const double middle = (i + 0.5) * h;
+    for (int j = 0; j < 3; ++j) {
+      for (const double side : {-1.0, 1.0}) {
+        const double u = middle + side * 0.5 * h * kNodes[j];
+        const double heading = theta + u * (k + 0.5 * c * u);
+        x += kWeights[j] * std::cos(heading);
+        y += kWeights[j] * std::sin(heading);
+      }
+    }
+  }
+  return {static_cast<double>(segment.start.x) + 0.5 * h * x,
+          static_cast<double>(segment.start.y) + 0.5 * h * y, theta + s * (k + 0.5 * c * s)};
+}
+
 bool fitsFloat(const PoseD& p) {
   const double limit = static_cast<double>(FLT_MAX);
   return std::fabs(p.x) <= limit && std::fabs(p.y) <= limit && std::fabs(p.theta) <= limit;
@@ -41,8 +83,18 @@ bool fitsFloat(const PoseD& p) {
 // float; throws std::runtime_error otherwise.
 void requireValid(const Segment2D& segment) {
   if (!isFinite(segment.start) || !std::isfinite(segment.curvature) ||
-      !std::isfinite(segment.length) || segment.length < 0.0f) {
+      !std::isfinite(segment.sharpness) || !std::isfinite(segment.length) ||
+      segment.length < 0.0f) {
     throw std::runtime_error("A path segment needs a finite start pose, curvature and length >= 0.");
+  }
+  if (segment.sharpness != 0.0f) {
+    const double end = segment.curvatureAt(static_cast<double>(segment.length));
+    if (!(std::fabs(end) <= static_cast<double>(FLT_MAX))) {
+      throw std::runtime_error("A clothoid path segment ends at a curvature beyond float.");
+    }
+    if (!(clothoidVariation(segment, static_cast<double>(segment.length)) <= kMaxClothoidTurn)) {
+      throw std::runtime_error("A clothoid path segment may turn by at most 1000 rad.");
+    }
   }
   if (!fitsFloat(segmentPoseAt(segment, static_cast<double>(segment.length)))) {
     throw std::runtime_error("A path segment ends outside the range of float coordinates.");
@@ -86,6 +138,9 @@ std::vector<Segment2D> segmentsOf(const std::vector<std::unique_ptr<KRDirectPath
 }  // namespace
 
 PoseD segmentPoseAt(const Segment2D& segment, double s) {
+  if (segment.sharpness != 0.0f) {
+    return clothoidPoseAt(segment, s);
+  }
   const double heading = static_cast<double>(segment.start.theta);
   const double turn = static_cast<double>(segment.curvature) * s;
   // The chord points halfway between the start and end headings.
@@ -101,6 +156,11 @@ Pose2D Segment2D::poseAt(float s) const {
 }
 
 Pose2D Segment2D::endPose() const { return poseAt(length); }
+
+double Segment2D::curvatureAt(double s) const {
+  return static_cast<double>(curvature) +
+         static_cast<double>(sharpness) * clampedArc(s, static_cast<double>(length));
+}
 
 KRPath2D::~KRPath2D() = default;
 

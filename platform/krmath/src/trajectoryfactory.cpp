@@ -1,10 +1,5 @@
 #include <kr/math/trajectory/trajectoryfactory.h>
 
-#include "pathgeometry.h"
-#include "periods.h"
-#include "speedprofile.h"
-#include "trajectoryphase.h"
-
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
@@ -13,6 +8,12 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+
+#include "blend.h"
+#include "pathgeometry.h"
+#include "periods.h"
+#include "speedprofile.h"
+#include "trajectoryphase.h"
 
 // The builders capture a composed-path builder and the settings by value, so
 // they keep working after the factory is gone. A motion is planned as phases:
@@ -51,6 +52,7 @@ struct MotionSettings {
   double angularAcceleration;
   RationalSeconds period;
   RationalSeconds asked;
+  double blendTolerance;  // meters; 0 follows the described path exactly
 };
 
 // The factory's limits times its fraction of limits, and the duration asked for.
@@ -61,7 +63,8 @@ MotionSettings settingsOf(const TrajectoryFactory& factory, const RationalSecond
           fraction * static_cast<double>(factory.secondLimits().maxVelocity),
           fraction * static_cast<double>(factory.secondLimits().maxAcceleration),
           factory.period(),
-          asked};
+          asked,
+          static_cast<double>(factory.blendTolerance())};
 }
 
 void requireValid(const Limits& limits, const char* which) {
@@ -84,19 +87,58 @@ void requireFiniteStart(const Pose2DPosVelAcc& start) {
   }
 }
 
-// The bounds along `segment`: the speed limit and, on an arc, the share of
-// the acceleration the centripetal part leaves; a base turning with the path
-// also keeps its turning rate k v and angular acceleration k a within the
-// rotation limits.
+// On a clothoid the share of the rotation acceleration limit that c v^2 may
+// take; k a gets the rest. A blend is mostly driven through at a steady
+// speed, so most of it goes to c v^2.
+constexpr double kSharpnessShare = 0.8;
+
+// How the curvature runs along a segment: where it starts and ends
+// (signed) and how fast it changes (|sharpness|, 0 but on a clothoid).
+struct CurvatureRun {
+  double start;
+  double end;
+  double sharpness;
+
+  double largest() const { return std::max(std::fabs(start), std::fabs(end)); }
+};
+
+CurvatureRun curvatureRunOf(const Segment2D& segment) {
+  return {segment.curvatureAt(0.0), segment.curvatureAt(static_cast<double>(segment.length)),
+          std::fabs(static_cast<double>(segment.sharpness))};
+}
+
+// Whether the curvature jumps from `before` into `after`: more than the float
+// rounding of a transition's knots, which joins its clothoids.
+bool curvatureJumps(const CurvatureRun& before, const CurvatureRun& after) {
+  const double rounding =
+      8.0 * static_cast<double>(FLT_EPSILON) * (std::fabs(before.end) + std::fabs(after.start));
+  return std::fabs(after.start - before.end) > rounding;
+}
+
+// The bounds along `segment`: the speed limit and, on a curve, the share of
+// the acceleration the centripetal part leaves at its largest curvature; a
+// base turning with the path also keeps its turning rate k v and its
+// angular acceleration within the rotation limits. On an arc that
+// acceleration is k a; on a clothoid of sharpness c it is c v^2 + k a, and
+// each part gets half of the limit.
 SpeedSpan spanOf(const Segment2D& segment, const MotionSettings& settings, bool turnsWithPath) {
+  const CurvatureRun run = curvatureRunOf(segment);
   SpeedSpan span;
   span.length = static_cast<double>(segment.length);
   span.maxSpeed = settings.speed;
-  span.curvature = std::fabs(static_cast<double>(segment.curvature));
+  span.curvature = run.largest();
   span.maxTangential = std::numeric_limits<double>::infinity();
-  if (turnsWithPath && span.curvature > 0.0) {
+  if (!turnsWithPath) {
+    return span;
+  }
+  const double alpha = settings.angularAcceleration;
+  if (run.sharpness > 0.0) {
+    span.maxSpeed = std::min(span.maxSpeed, std::sqrt(kSharpnessShare * alpha / run.sharpness));
+  }
+  if (span.curvature > 0.0) {
     span.maxSpeed = std::min(span.maxSpeed, settings.angularSpeed / span.curvature);
-    span.maxTangential = settings.angularAcceleration / span.curvature;
+    span.maxTangential =
+        (run.sharpness > 0.0 ? 1.0 - kSharpnessShare : 1.0) * alpha / span.curvature;
   }
   return span;
 }
@@ -123,12 +165,14 @@ struct JumpZone {
 //   farthest any period can reach (the speed limit times T), so the jumps
 //   of one period add up to at most alpha T / 2;
 // - the tangential acceleration there is at most alpha / (2 max |k|) over
-//   the zone, so k a adds at most alpha T / 2.
+//   the zone, so k a adds at most alpha T / 2; where the zone overlaps a
+//   clothoid, whose c v^2 adds to the rotation acceleration too, c v^2 and
+//   k a each get alpha / 4 instead.
 // A period that spans a joint lies within that joint's zone, since crossing
-// the zone at its speed takes T; a period that spans none keeps the
-// curvature, where k a <= alpha already holds.
+// the zone at its speed takes T; a period that spans none has a continuous
+// curvature, where the segments' own bounds keep c v^2 + k a <= alpha.
 std::vector<JumpZone> jumpZones(const std::vector<SpeedSpan>& segments,
-                                const std::vector<double>& curvatures,
+                                const std::vector<CurvatureRun>& curvatures,
                                 const MotionSettings& settings) {
   const double period = toSeconds(settings.period);
   const double reach = settings.speed * period;
@@ -138,11 +182,13 @@ std::vector<JumpZone> jumpZones(const std::vector<SpeedSpan>& segments,
   }
   std::vector<std::size_t> joints;  // joint i starts segment i
   for (std::size_t i = 1; i < segments.size(); ++i) {
-    if (curvatures[i] != curvatures[i - 1]) {
+    if (curvatureJumps(curvatures[i - 1], curvatures[i])) {
       joints.push_back(i);
     }
   }
-  auto jumpAt = [&](std::size_t i) { return std::fabs(curvatures[i] - curvatures[i - 1]); };
+  auto jumpAt = [&](std::size_t i) {
+    return std::fabs(curvatures[i].start - curvatures[i - 1].end);
+  };
   std::vector<JumpZone> zones;
   zones.reserve(joints.size());
   std::size_t first = 0;  // the joints within reach: [first, last)
@@ -158,19 +204,28 @@ std::vector<JumpZone> jumpZones(const std::vector<SpeedSpan>& segments,
     }
     // At least the joint's own jump, whatever the running sum's rounding.
     const double sum = std::max(near, jumpAt(joint));
-    const double speed =
-        std::min(settings.speed, settings.angularAcceleration * period / (2.0 * sum));
+    const double alpha = settings.angularAcceleration;
+    const double speed = std::min(settings.speed, alpha * period / (2.0 * sum));
     const double from = std::max(0.0, at - speed * period);
     const double to = std::min(starts.back(), at + speed * period);
-    // The largest curvature over the zone: the segments it overlaps.
+    // The largest curvature and sharpness over the zone: the segments it
+    // overlaps. A speed lowered by the sharpness only makes crossing the
+    // zone take longer than T.
     double curvature = 0.0;
+    double sharpness = 0.0;
     const std::size_t low = static_cast<std::size_t>(
         std::upper_bound(starts.begin(), starts.end(), from) - starts.begin() - 1);
     for (std::size_t i = std::min(low, segments.size() - 1); i < segments.size() && starts[i] < to;
          ++i) {
-      curvature = std::max(curvature, std::fabs(curvatures[i]));
+      curvature = std::max(curvature, curvatures[i].largest());
+      sharpness = std::max(sharpness, curvatures[i].sharpness);
     }
-    zones.push_back({at, from, to, speed, settings.angularAcceleration / (2.0 * curvature)});
+    if (sharpness > 0.0) {
+      zones.push_back({at, from, to, std::min(speed, std::sqrt(0.25 * alpha / sharpness)),
+                       0.25 * alpha / curvature});
+    } else {
+      zones.push_back({at, from, to, speed, 0.5 * alpha / curvature});
+    }
   }
   return zones;
 }
@@ -179,7 +234,7 @@ std::vector<JumpZone> jumpZones(const std::vector<SpeedSpan>& segments,
 // its jump zones cut out of them: every segment boundary and zone edge starts
 // a span, capped by every zone that covers it.
 std::vector<SpeedSpan> withJumpZones(const std::vector<SpeedSpan>& segments,
-                                     const std::vector<double>& curvatures,
+                                     const std::vector<CurvatureRun>& curvatures,
                                      const MotionSettings& settings) {
   const std::vector<JumpZone> zones = jumpZones(segments, curvatures, settings);
   if (zones.empty()) {
@@ -296,7 +351,7 @@ class PhasePlanner {
         run_.headingOffset = offset;
       }
       spans_.push_back(spanOf(segment, settings_, turnsWithPath_));
-      curvatures_.push_back(static_cast<double>(segment.curvature));
+      curvatures_.push_back(curvatureRunOf(segment));
       ++run_.segmentCount;
       arc += static_cast<double>(segment.length);
       heading = static_cast<double>(segment.endPose().theta) + offset;
@@ -354,7 +409,7 @@ class PhasePlanner {
   double time_ = 0.0;
   Phase run_;
   std::vector<SpeedSpan> spans_;    // one per segment of the current run
-  std::vector<double> curvatures_;  // their signed curvatures
+  std::vector<CurvatureRun> curvatures_;  // their curvatures
   std::vector<Phase> phases_;
 };
 
@@ -370,6 +425,22 @@ RationalSeconds motionDuration(const RationalSeconds& minimum, const MotionSetti
   return asked > needed ? wholePeriods(asked, settings.period) : minimum;
 }
 
+// The path the robot drives along `described` with its joints replaced by
+// transitions (see blendedSegments); null without a blend tolerance, when
+// it drives `described` itself.
+std::unique_ptr<KRPath2D> blendedPath(const KRPath2D& described, const MotionSettings& settings,
+                                      bool turnsWithPath) {
+  if (!(settings.blendTolerance > 0.0)) {
+    return nullptr;
+  }
+  const BlendLimits limits{settings.speed,        settings.acceleration,
+                           settings.angularSpeed, settings.angularAcceleration,
+                           turnsWithPath,         kSharpnessShare};
+  return std::make_unique<DrivenPath2D>(
+      described.startPose(),
+      blendedSegments(described.segments(), settings.blendTolerance, limits));
+}
+
 // The path's first direction of travel; the start heading for no path.
 double firstDirection(const KRPath2D& path) {
   return static_cast<double>(path.segments().empty() ? path.startPose().theta
@@ -381,14 +452,19 @@ KRDirectTrajectoryPose2D* buildNonHolonomic(TrajectoryFactoryKey key,
                                             const MotionSettings& settings,
                                             const Pose2DPosVelAcc& start) {
   requireFiniteStart(start);
-  std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
+  std::unique_ptr<KRPath2D> described(pathBuilder(start.position));
+  std::unique_ptr<KRPath2D> path = blendedPath(*described, settings, true);
+  if (!path) {
+    path = std::move(described);
+  }
   // A base facing along the path moves along its orientation; a path that
   // starts elsewhere starts with a turn on the spot, from rest.
   const double speed = startSpeedAlong(start, static_cast<double>(start.position.theta));
   std::vector<Phase> phases = PhasePlanner(settings, true).plan(*path, speed);
   const RationalSeconds minimum = minimumDurationOf(ownTimeOf(phases), settings);
   return new KRDirectTrajectoryPose2D(key, std::move(path), std::move(phases),
-                                      motionDuration(minimum, settings), minimum, start.velocity);
+                                      motionDuration(minimum, settings), minimum, start.velocity,
+                                      std::move(described));
 }
 
 KRTrajectoryPose2DHolonomic* buildHolonomic(TrajectoryFactoryKey key,
@@ -400,7 +476,11 @@ KRTrajectoryPose2DHolonomic* buildHolonomic(TrajectoryFactoryKey key,
         static_cast<double>(FLT_MAX))) {
     throw std::runtime_error("A holonomic trajectory would end at an orientation out of range.");
   }
-  std::unique_ptr<KRPath2D> path(pathBuilder(start.position));
+  std::unique_ptr<KRPath2D> described(pathBuilder(start.position));
+  std::unique_ptr<KRPath2D> path = blendedPath(*described, settings, false);
+  if (!path) {
+    path = std::move(described);
+  }
   const double speed = startSpeedAlong(start, firstDirection(*path));
   std::vector<Phase> phases = PhasePlanner(settings, false).plan(*path, speed);
   const double turnTime = profileDuration(
@@ -410,7 +490,7 @@ KRTrajectoryPose2DHolonomic* buildHolonomic(TrajectoryFactoryKey key,
       minimumDurationOf(std::max(ownTimeOf(phases), turnTime), settings);
   return new KRTrajectoryPose2DHolonomic(
       key, std::move(path), std::move(phases), motionDuration(minimum, settings), minimum, start,
-      rotation, settings.angularSpeed, settings.angularAcceleration);
+      rotation, settings.angularSpeed, settings.angularAcceleration, std::move(described));
 }
 
 }  // namespace
@@ -421,6 +501,7 @@ TrajectoryFactory::TrajectoryFactory(const Limits& firstLimits, const Limits& se
       secondLimits_(secondLimits),
       period_(period),
       fractionOfLimits_(fractionOfLimits),
+      blendTolerance_(0.0f),
       paths_(1.0f) {
   requireValid(firstLimits, "first");
   requireValid(secondLimits, "second");
@@ -476,6 +557,17 @@ const Limits& TrajectoryFactory::secondLimits() const { return secondLimits_; }
 const RationalSeconds& TrajectoryFactory::period() const { return period_; }
 
 float TrajectoryFactory::fractionOfLimits() const { return fractionOfLimits_; }
+
+void TrajectoryFactory::setBlendTolerance(float meters) {
+  if (!(std::isfinite(meters) && meters >= 0.0f)) {
+    throw std::runtime_error(
+        "A trajectory factory's blend tolerance must be finite and not negative, got " +
+        std::to_string(meters) + ".");
+  }
+  blendTolerance_ = meters;
+}
+
+float TrajectoryFactory::blendTolerance() const { return blendTolerance_; }
 
 const std::vector<DirectPath2DBuilder>& TrajectoryFactory::pieces() const { return pieces_; }
 

@@ -88,25 +88,28 @@ Pose2DPosVelAcc turnState(const Phase& phase, const KRPath2D& path, double t, do
 }
 
 // The state `t` own seconds into a run along the path: the tangential part
-// along the heading, the centripetal part k v^2 to its left (k signed).
+// along the heading, the centripetal part k v^2 to its left (k signed); the
+// turning rate k v changes at k a, and on a clothoid of sharpness c by
+// c v^2 more.
 Pose2DPosVelAcc runState(const Phase& phase, const KRPath2D& path,
                          const std::vector<double>& starts, double t, double stretch) {
   const ProfileSample sample = sampleProfile(phase.profile, t);
   const double s = phase.startArc + sample.position;
   const std::size_t index = segmentAt(phase, starts, s);
   const Segment2D& segment = path.segments()[index];
-  const PoseD pose = segmentPoseAt(segment, std::clamp(s - starts[index], 0.0,
-                                                       static_cast<double>(segment.length)));
+  const double along = std::clamp(s - starts[index], 0.0, static_cast<double>(segment.length));
+  const PoseD pose = segmentPoseAt(segment, along);
   const double speed = sample.speed / stretch;
   const double acceleration = sample.acceleration / (stretch * stretch);
-  const double k = static_cast<double>(segment.curvature);
+  const double k = segment.curvatureAt(along);
+  const double sharpness = static_cast<double>(segment.sharpness);
   const double c = std::cos(pose.theta);
   const double sn = std::sin(pose.theta);
   const double centripetal = k * speed * speed;
   return {toPose2D({pose.x, pose.y, pose.theta + phase.headingOffset}),
           toPose2D({c * speed, sn * speed, k * speed}),
           toPose2D({c * acceleration - sn * centripetal, sn * acceleration + c * centripetal,
-                    k * acceleration})};
+                    k * acceleration + sharpness * speed * speed})};
 }
 
 void requireValidPhases(const std::vector<Phase>& phases, const KRPath2D& path) {
@@ -146,13 +149,12 @@ std::vector<ProfileKnot> planTurn(double angle, double startRate, double maxRate
 
 KRTrajectoryPose2D::~KRTrajectoryPose2D() = default;
 
-KRDirectTrajectoryPose2D::KRDirectTrajectoryPose2D(TrajectoryFactoryKey /*key*/,
-                                                   std::unique_ptr<KRPath2D> path,
-                                                   std::vector<Phase> phases,
-                                                   const RationalSeconds& duration,
-                                                   const RationalSeconds& minimumDuration,
-                                                   const Pose2D& startVelocity)
+KRDirectTrajectoryPose2D::KRDirectTrajectoryPose2D(
+    TrajectoryFactoryKey /*key*/, std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
+    const RationalSeconds& duration, const RationalSeconds& minimumDuration,
+    const Pose2D& startVelocity, std::unique_ptr<KRPath2D> describedPath)
     : path_(std::move(path)),
+      describedPath_(std::move(describedPath)),
       phases_(std::move(phases)),
       duration_(duration),
       minimumDuration_(minimumDuration),
@@ -198,6 +200,10 @@ double KRDirectTrajectoryPose2D::speedBoundAt(double seconds) const {
 
 const KRPath2D& KRDirectTrajectoryPose2D::path() const { return *path_; }
 
+const KRPath2D& KRDirectTrajectoryPose2D::describedPath() const {
+  return describedPath_ ? *describedPath_ : *path_;
+}
+
 Pose2DPosVelAcc KRDirectTrajectoryPose2D::pathStateAt(double seconds) const {
   if (!(seconds > 0.0)) {
     return {path_->startPose(), startVelocity_, Pose2D()};
@@ -220,9 +226,10 @@ KRTrajectoryPose2DHolonomic::KRTrajectoryPose2DHolonomic(
     TrajectoryFactoryKey key, std::unique_ptr<KRPath2D> path, std::vector<Phase> phases,
     const RationalSeconds& duration, const RationalSeconds& minimumDuration,
     const Pose2DPosVelAcc& start, float rotation, double maxAngularVelocity,
-    double maxAngularAcceleration)
+    double maxAngularAcceleration, std::unique_ptr<KRPath2D> describedPath)
     : KRDirectTrajectoryPose2D(key, std::move(path), std::move(phases), duration, minimumDuration,
-                               Pose2D(start.velocity.x, start.velocity.y, 0.0f)),
+                               Pose2D(start.velocity.x, start.velocity.y, 0.0f),
+                               std::move(describedPath)),
       startOrientation_(start.position.theta),
       startTurnRate_(start.velocity.theta),
       rotation_(rotation),

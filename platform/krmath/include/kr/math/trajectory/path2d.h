@@ -12,20 +12,25 @@ namespace KR {
 namespace Math {
 namespace Trajectory {
 
-/// A piece of constant curvature: a straight segment (curvature 0) or an arc
-/// of circle (curvature 1/radius, positive when it turns left, that is
-/// counter-clockwise). `start` is its first point with the tangent heading
-/// there; the heading grows by curvature * s along it.
+/// A piece of a path: a straight segment (curvature 0), an arc of circle
+/// (curvature 1/radius, positive when it turns left, that is
+/// counter-clockwise) or a clothoid, whose curvature changes linearly with
+/// arc length (sharpness not 0: the blends a trajectory factory drives
+/// through a joint). `start` is its first point with the tangent heading
+/// there; along it the curvature is curvature + sharpness * s and the
+/// heading grows by curvature * s + sharpness * s^2 / 2.
 struct KRMATH_API Segment2D {
   Pose2D start;
   float length = 0.0f;     ///< meters, >= 0
-  float curvature = 0.0f;  ///< 1/m
-
+  float curvature = 0.0f;  ///< 1/m, at the start
+  float sharpness = 0.0f;  ///< 1/m^2, the change of curvature per meter
   /// The point at arc length `s` (clamped into [0, length]) with the tangent
   /// heading there.
   Pose2D poseAt(float s) const;
   /// poseAt(length).
   Pose2D endPose() const;
+  /// The curvature at arc length `s` (clamped into [0, length]).
+  double curvatureAt(double s) const;
 };
 
 /// A path in the plane, built at a start pose. It is a chain of segments,
@@ -41,8 +46,9 @@ struct KRMATH_API Segment2D {
 /// start pose for every s, heading included.
 ///
 /// Construction throws std::runtime_error when the start pose or a segment
-/// is not finite, a length is negative, or a segment ends (or the total
-/// length lies) beyond the range of float.
+/// is not finite, a length is negative, a clothoid turns by more than
+/// 1000 rad or its curvature ends beyond the range of float, or a segment
+/// ends (or the total length lies) beyond the range of float.
 class KRMATH_API KRPath2D {
  public:
   virtual ~KRPath2D();

@@ -78,6 +78,22 @@ class KRMATH_API TrajectoryFactory {
   const Limits& secondLimits() const;
   const RationalSeconds& period() const;
   float fractionOfLimits() const;
+  /// Blending zones. With a tolerance above 0 (meters), the trajectory drives
+  /// through each joint of the path where the curvature jumps or the
+  /// direction turns a corner (up to 3 rad) on a transition instead: six
+  /// clothoids whose curvature is continuous and linear in arc length,
+  /// leaving the described path at most half of either piece before the
+  /// joint and rejoining it on its exact pose and curvature, every point
+  /// within the tolerance of the described path. A transition is as long as
+  /// the tolerance and the pieces allow, so that the base keeps its speed as
+  /// far as the limits allow; a joint no transition fits (a corner near a
+  /// half turn, pieces too short for float coordinates) is driven as without
+  /// a tolerance. The start and end poses are the described ones. 0, the
+  /// default, follows the described path exactly. Builders made afterwards
+  /// use it; earlier ones keep theirs. Throws std::runtime_error unless
+  /// `meters` is finite and not negative.
+  void setBlendTolerance(float meters);
+  float blendTolerance() const;
   /// Path builders of the pieces added so far, in order.
   const std::vector<DirectPath2DBuilder>& pieces() const;
 
@@ -99,6 +115,7 @@ class KRMATH_API TrajectoryFactory {
   Limits secondLimits_;
   RationalSeconds period_;
   float fractionOfLimits_;
+  float blendTolerance_;
   PathFactory paths_;
   std::vector<DirectPath2DBuilder> pieces_;
 };

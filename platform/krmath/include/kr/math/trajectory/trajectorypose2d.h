@@ -130,8 +130,13 @@ class KRMATH_API KRDirectTrajectoryPose2D : public KRTrajectoryPose2D {
   Pose2DPosVelAcc stateAt(double seconds) const override;
   double speedBoundAt(double seconds) const override;
 
-  /// The path followed, built at the start pose.
+  /// The path driven, built at the start pose: the described path, or with
+  /// a blend tolerance that path with transitions through its joints (see
+  /// TrajectoryFactory::setBlendTolerance).
   const KRPath2D& path() const;
+  /// The path as described to the factory; path() itself when no joint was
+  /// blended.
+  const KRPath2D& describedPath() const;
 
   /// A piece of the motion (a run along the path between stops or a turn on
   /// the spot), timed before stretching; defined in the library's private
@@ -142,11 +147,14 @@ class KRMATH_API KRDirectTrajectoryPose2D : public KRTrajectoryPose2D {
   /// its base): follows `path` with the given phases (in order), lasting
   /// `duration` (never shorter than the phases' own time), starting with
   /// `startVelocity` (the phases were planned from it), with the minimum
-  /// duration the factory found. Throws std::runtime_error for a null path, a
-  /// negative duration or a phase naming a segment the path does not have.
+  /// duration the factory found, and the path as described when `path` is
+  /// a blend of it (null: `path` is the described one). Throws
+  /// std::runtime_error for a null path, a negative duration or a phase
+  /// naming a segment the path does not have.
   KRDirectTrajectoryPose2D(TrajectoryFactoryKey key, std::unique_ptr<KRPath2D> path,
                            std::vector<Phase> phases, const RationalSeconds& duration,
-                           const RationalSeconds& minimumDuration, const Pose2D& startVelocity);
+                           const RationalSeconds& minimumDuration, const Pose2D& startVelocity,
+                           std::unique_ptr<KRPath2D> describedPath = nullptr);
 
  protected:
   /// The state along the path and the turns, with the orientation of a
@@ -155,6 +163,7 @@ class KRMATH_API KRDirectTrajectoryPose2D : public KRTrajectoryPose2D {
 
  private:
   std::unique_ptr<KRPath2D> path_;
+  std::unique_ptr<KRPath2D> describedPath_;  // null: path_ itself
   std::vector<Phase> phases_;
   RationalSeconds duration_;
   RationalSeconds minimumDuration_;
@@ -197,7 +206,8 @@ class KRMATH_API KRTrajectoryPose2DHolonomic : public KRDirectTrajectoryPose2D {
                               std::vector<Phase> phases, const RationalSeconds& duration,
                               const RationalSeconds& minimumDuration, const Pose2DPosVelAcc& start,
                               float rotation, double maxAngularVelocity,
-                              double maxAngularAcceleration);
+                              double maxAngularAcceleration,
+                              std::unique_ptr<KRPath2D> describedPath = nullptr);
 
  private:
   float startOrientation_;

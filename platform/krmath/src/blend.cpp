@@ -1,0 +1,474 @@
+#include "blend.h"
+
+#include "pathgeometry.h"
+
+#include <algorithm>
+#include <array>
+#include <cfloat>
+#include <cmath>
+#include <utility>
+
+// A transition replaces the described path about a joint, from arc length h
+// before it to h after it, by six clothoids of equal length whose
+// curvature is continuous: it starts at the curvature of the segment it
+// leaves, ends at the one of the segment it joins, and is linear between
+// seven knots. The five inner knots are chosen so that the transition ends
+// on the described pose h after the joint (x, y and heading) with the least
+// sum of squared steps of curvature between knots; its length is the one
+// of a circular arc through both ends. The larger h, the gentler the change
+// of curvature and the faster a base may drive through, but the farther the
+// transition strays from the described path: h shrinks until every point of
+// the transition lies within the tolerance. A piecewise constant change of
+// curvature is what a jerk bound would need next: the turning rate then
+// changes at a bounded rate.
+
+namespace KR {
+namespace Math {
+namespace Trajectory {
+namespace {
+
+// The pieces of a transition, of equal length; the curvature is linear on
+// each, between knots.
+constexpr int kPieces = 8;
+constexpr int kInner = kPieces - 1;  // the knots that are solved for
+// Gauss-Legendre nodes and weights on [-1, 1], by pairs +-node.
+constexpr double kNodes[3] = {0.2386191860831909, 0.6612093864662645, 0.9324695142031521};
+constexpr double kWeights[3] = {0.4679139345726910, 0.3607615730481386, 0.1713244923791704};
+// Each integration step turns by at most this (radians).
+constexpr double kStepTurn = 0.5;
+// The largest turn of a corner that is blended: near a half turn a
+// transition within any tolerance would need a curvature without bound.
+constexpr double kMaxCorner = 3.0;
+// How far from the described segments a transition is aimed (a share of the
+// tolerance), and how many lengths are tried before a joint is left as it is.
+constexpr double kAim = 0.8;
+constexpr int kAttempts = 6;
+// Points sampled along each clothoid to measure the deviation.
+constexpr int kSamplesPerClothoid = 4;
+
+// The curvature at the knots of a transition, and its length.
+struct Knots {
+  std::array<double, kPieces + 1> k;
+  double length;
+};
+
+// A transition integrated from its start, in the frame of its start pose:
+// the pose where each piece starts (the last: the end), and the
+// derivatives of the end position by the inner knots.
+struct Integrated {
+  std::array<PoseD, kPieces + 1> at;
+  std::array<double, kInner> dx;
+  std::array<double, kInner> dy;
+};
+
+// Integrates the unit tangent with Gauss-Legendre quadrature, the heading
+// being quadratic on each piece; d heading / d knot follows from the same
+// formula, so the Jacobian costs no more evaluations.
+Integrated integrate(const Knots& knots) {
+  const double q = knots.length / kPieces;
+  Integrated out{};
+  std::array<double, kInner> dTheta{};  // d heading / d inner knot, at the piece's start
+  double x = 0.0;
+  double y = 0.0;
+  double theta = 0.0;
+  for (int piece = 0; piece < kPieces; ++piece) {
+    out.at[piece] = {x, y, theta};
+    const double k0 = knots.k[piece];
+    const double k1 = knots.k[piece + 1];
+    const double steps =
+        std::max(1.0, std::ceil((std::fabs(k0) + std::fabs(k1)) * q / kStepTurn));
+    const double h = q / steps;
+    // Inner knot `piece - 1` starts this piece, inner knot `piece` ends it.
+    for (double i = 0.0; i < steps; ++i) {
+      for (int j = 0; j < 3; ++j) {
+        for (const double side : {-1.0, 1.0}) {
+          const double t = (i + 0.5) * h + side * 0.5 * h * kNodes[j];
+          const double ramp = t * t / (2.0 * q);  // d heading / d k1 at t
+          const double heading = theta + k0 * (t - ramp) + k1 * ramp;
+          const double w = 0.5 * h * kWeights[j];
+          const double c = w * std::cos(heading);
+          const double s = w * std::sin(heading);
+          x += c;
+          y += s;
+          for (int knot = 0; knot < kInner; ++knot) {
+            double d = dTheta[knot];
+            if (knot + 1 == piece) {
+              d += t - ramp;
+            } else if (knot == piece) {
+              d += ramp;
+            }
+            out.dx[knot] -= s * d;
+            out.dy[knot] += c * d;
+          }
+        }
+      }
+    }
+    theta += 0.5 * q * (k0 + k1);
+    for (int knot = 0; knot < kInner; ++knot) {
+      if (knot + 1 == piece || knot == piece) {
+        dTheta[knot] += 0.5 * q;
+      }
+    }
+  }
+  out.at[kPieces] = {x, y, theta};
+  return out;
+}
+
+// Solves the square system m v = r (m's last column is r) by Gaussian
+// elimination with partial pivoting; false when it is singular.
+template <std::size_t N>
+bool solveLinear(std::array<std::array<double, N + 1>, N>& m, std::array<double, N>& v) {
+  for (std::size_t col = 0; col < N; ++col) {
+    std::size_t pivot = col;
+    for (std::size_t row = col + 1; row < N; ++row) {
+      if (std::fabs(m[row][col]) > std::fabs(m[pivot][col])) {
+        pivot = row;
+      }
+    }
+    if (!(std::fabs(m[pivot][col]) > 0.0)) {
+      return false;
+    }
+    std::swap(m[col], m[pivot]);
+    for (std::size_t row = col + 1; row < N; ++row) {
+      const double f = m[row][col] / m[col][col];
+      for (std::size_t c = col; c <= N; ++c) {
+        m[row][c] -= f * m[col][c];
+      }
+    }
+  }
+  for (std::size_t row = N; row-- > 0;) {
+    double sum = m[row][N];
+    for (std::size_t c = row + 1; c < N; ++c) {
+      sum -= m[row][c] * v[c];
+    }
+    v[row] = sum / m[row][row];
+  }
+  for (const double value : v) {
+    if (!std::isfinite(value)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The inner knots that take a transition from (0, 0, 0) to `target` with
+// the least sum of squared curvature steps between knots (so the least
+// sharpness), by sequential quadratic programming from the linear ramp:
+// each step minimises that sum under the end constraints linearised.
+// `knots` holds the two end curvatures and the length on entry; false when
+// the steps do not converge.
+bool solveKnots(const PoseD& target, Knots& knots) {
+  const double q = knots.length / kPieces;
+  const double ka = knots.k[0];
+  const double kb = knots.k[kPieces];
+  // The ramp, shifted so that the heading already ends right: the end
+  // heading grows by q per unit of each inner knot.
+  const double shift = (target.theta - 0.5 * q * kPieces * (ka + kb)) / (kInner * q);
+  for (int i = 1; i < kPieces; ++i) {
+    knots.k[i] = ka + (kb - ka) * i / kPieces + shift;
+  }
+  const double accuracy = 1e-12 * knots.length;
+  constexpr std::size_t kUnknowns = kInner + 3;  // the knots' steps and 3 multipliers
+  for (int iteration = 0; iteration < 30; ++iteration) {
+    const Integrated now = integrate(knots);
+    const std::array<double, 3> r{target.x - now.at[kPieces].x, target.y - now.at[kPieces].y,
+                                  target.theta - now.at[kPieces].theta};
+    // [A J^T; J 0] [step; multipliers] = [-gradient; r], A the second
+    // differences of the knots (the Hessian of half the sum of squares).
+    std::array<std::array<double, kUnknowns + 1>, kUnknowns> m{};
+    for (int i = 0; i < kInner; ++i) {
+      m[i][i] = 2.0;
+      if (i > 0) {
+        m[i][i - 1] = -1.0;
+      }
+      if (i + 1 < kInner) {
+        m[i][i + 1] = -1.0;
+      }
+      m[i][kInner] = now.dx[i];
+      m[i][kInner + 1] = now.dy[i];
+      m[i][kInner + 2] = q;
+      m[i][kUnknowns] = -(2.0 * knots.k[i + 1] - knots.k[i] - knots.k[i + 2]);
+      m[kInner][i] = now.dx[i];
+      m[kInner + 1][i] = now.dy[i];
+      m[kInner + 2][i] = q;
+    }
+    for (int row = 0; row < 3; ++row) {
+      m[kInner + row][kUnknowns] = r[row];
+    }
+    std::array<double, kUnknowns> step{};
+    if (!solveLinear(m, step)) {
+      return false;
+    }
+    double largest = 0.0;
+    double size = 1.0;
+    for (int i = 0; i < kInner; ++i) {
+      knots.k[i + 1] += step[i];
+      largest = std::max(largest, std::fabs(step[i]));
+      size = std::max(size, std::fabs(knots.k[i + 1]));
+    }
+    const bool met = std::hypot(r[0], r[1]) <= accuracy && std::fabs(r[2]) <= 1e-12;
+    if (met && largest <= 1e-9 * size) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The distance from (px, py) to the piece of constant curvature `k` that
+// starts at `start` and runs `length`. In the piece's frame (a along it, l
+// to its left) the distance to its circle is |k (a^2 + l^2) - 2 l| /
+// (|k p - centre| + 1) and the arc length of the nearest point
+// atan2(k a, 1 - k l) / k, both exact as k goes to 0.
+double distanceToPiece(const PoseD& start, double length, double k, double px, double py) {
+  const double dx = px - start.x;
+  const double dy = py - start.y;
+  const double c = std::cos(start.theta);
+  const double s = std::sin(start.theta);
+  const double a = dx * c + dy * s;
+  const double l = dy * c - dx * s;
+  const double along = k == 0.0 ? a : std::atan2(k * a, 1.0 - k * l) / k;
+  if (along >= 0.0 && along <= length) {
+    return std::fabs(k * (a * a + l * l) - 2.0 * l) / (std::hypot(k * a, k * l - 1.0) + 1.0);
+  }
+  const Segment2D piece{toPose2D(start), static_cast<float>(length), static_cast<float>(k)};
+  const PoseD end = segmentPoseAt(piece, length);
+  return std::min(std::hypot(dx, dy), std::hypot(px - end.x, py - end.y));
+}
+
+// How far the clothoids stray from the two described pieces they replace:
+// the largest distance at the sampled points, plus what the distance can
+// grow between samples (h^2 / 8 times the two curves' curvatures).
+double deviationOf(const std::array<Segment2D, kPieces>& clothoids, const PoseD& tailStart,
+                   double tailCurvature, const PoseD& headStart, double headCurvature,
+                   double half) {
+  double largest = 0.0;
+  double curvature = std::max(std::fabs(tailCurvature), std::fabs(headCurvature));
+  for (const Segment2D& clothoid : clothoids) {
+    curvature = std::max({curvature, std::fabs(clothoid.curvatureAt(0.0)),
+                          std::fabs(clothoid.curvatureAt(clothoid.length))});
+  }
+  for (const Segment2D& clothoid : clothoids) {
+    const double length = static_cast<double>(clothoid.length);
+    for (int i = 1; i <= kSamplesPerClothoid; ++i) {
+      const PoseD p = segmentPoseAt(clothoid, length * i / kSamplesPerClothoid);
+      largest = std::max(largest,
+                         std::min(distanceToPiece(tailStart, half, tailCurvature, p.x, p.y),
+                                  distanceToPiece(headStart, half, headCurvature, p.x, p.y)));
+    }
+  }
+  const double step = static_cast<double>(clothoids[0].length) / kSamplesPerClothoid;
+  return largest + step * step / 8.0 * 2.0 * curvature;
+}
+
+// The speed a base may keep along a piece of the largest curvature `k` and
+// sharpness `c` (both sizes), cruising: the speed limit, the centripetal
+// acceleration and, turning with the path, the turning rate and c v^2.
+double cruiseSpeed(double k, double c, const BlendLimits& limits) {
+  double speed = limits.speed;
+  if (k > 0.0) {
+    speed = std::min(speed, std::sqrt(0.99 * limits.acceleration / k));
+    if (limits.turnsWithPath) {
+      speed = std::min(speed, limits.angularSpeed / k);
+    }
+  }
+  if (c > 0.0 && limits.turnsWithPath) {
+    speed = std::min(speed, std::sqrt(limits.sharpnessShare * limits.angularAcceleration / c));
+  }
+  return speed;
+}
+
+// Time to turn `angle` on the spot from rest to rest.
+double turnTime(double angle, double rate, double acceleration) {
+  if (angle <= rate * rate / acceleration) {
+    return 2.0 * std::sqrt(angle / acceleration);
+  }
+  return angle / rate + rate / acceleration;
+}
+
+// A joint's transition: how far it reaches on each side of the joint, and
+// its clothoids.
+struct Transition {
+  double half = 0.0;  // 0: the joint is left as it is
+  std::array<Segment2D, kPieces> clothoids{};
+};
+
+// The transition at arc length `half` on both sides of the joint from `a`
+// to `b`, or none when it cannot be solved.
+bool transitionOf(const Segment2D& a, const Segment2D& b, double half, Transition& out) {
+  const double lengthA = static_cast<double>(a.length);
+  const PoseD from = segmentPoseAt(a, lengthA - half);
+  const PoseD to = segmentPoseAt(b, half);
+  const double c = std::cos(from.theta);
+  const double s = std::sin(from.theta);
+  const PoseD target{(to.x - from.x) * c + (to.y - from.y) * s,
+                     (to.y - from.y) * c - (to.x - from.x) * s, to.theta - from.theta};
+  const double chord = std::hypot(target.x, target.y);
+  const double turn = 0.5 * target.theta;
+  Knots knots{};
+  knots.k[0] = a.curvatureAt(lengthA - half);
+  knots.k[kPieces] = b.curvatureAt(half);
+  knots.length = std::fabs(turn) < 1e-6 ? chord : chord * turn / std::sin(turn);
+  if (!(knots.length > 0.0) || !solveKnots(target, knots)) {
+    return false;
+  }
+  const Integrated path = integrate(knots);
+  const double q = knots.length / kPieces;
+  for (int i = 0; i < kPieces; ++i) {
+    const PoseD& p = path.at[i];
+    Segment2D& clothoid = out.clothoids[i];
+    clothoid.start = toPose2D({from.x + p.x * c - p.y * s, from.y + p.x * s + p.y * c,
+                               from.theta + p.theta});
+    clothoid.length = static_cast<float>(q);
+    clothoid.curvature = static_cast<float>(knots.k[i]);
+    clothoid.sharpness = static_cast<float>(
+        (static_cast<double>(static_cast<float>(knots.k[i + 1])) -
+         static_cast<double>(clothoid.curvature)) /
+        static_cast<double>(clothoid.length));
+    if (!std::isfinite(clothoid.curvature) || !std::isfinite(clothoid.sharpness) ||
+        !(clothoid.length > 0.0f)) {
+      return false;
+    }
+  }
+  out.half = half;
+  return true;
+}
+
+// Whether driving through the corner from `a` to `b` (by `turn` radians) on
+// `t` is quicker than stopping there: the time lost crawling through it
+// against the time lost braking to rest, speeding up again and, turning
+// with the path, turning on the spot. Both are estimated from the speed
+// kept on the two pieces, reached with the acceleration they allow.
+bool quickerThanStopping(const Segment2D& a, const Segment2D& b, double turn, const Transition& t,
+                         const BlendLimits& limits) {
+  double k = 0.0;
+  double c = 0.0;
+  double length = 0.0;
+  for (const Segment2D& clothoid : t.clothoids) {
+    k = std::max({k, std::fabs(clothoid.curvatureAt(0.0)),
+                  std::fabs(clothoid.curvatureAt(static_cast<double>(clothoid.length)))});
+    c = std::max(c, std::fabs(static_cast<double>(clothoid.sharpness)));
+    length += static_cast<double>(clothoid.length);
+  }
+  const double ka = std::fabs(static_cast<double>(a.curvature));
+  const double kb = std::fabs(static_cast<double>(b.curvature));
+  double acceleration = limits.acceleration;
+  if (limits.turnsWithPath && std::max(ka, kb) > 0.0) {
+    acceleration = std::min(acceleration, limits.angularAcceleration / std::max(ka, kb));
+  }
+  const double reachable = std::sqrt(
+      acceleration * std::min(static_cast<double>(a.length), static_cast<double>(b.length)));
+  const double around =
+      std::min({cruiseSpeed(ka, 0.0, limits), cruiseSpeed(kb, 0.0, limits), reachable});
+  const double through = std::min(cruiseSpeed(k, c, limits), around);
+  const double crawling = length / through - length / around +
+                          (around - through) * (around - through) / (acceleration * around);
+  double stopping = around / acceleration;
+  if (limits.turnsWithPath) {
+    stopping += turnTime(std::fabs(turn), limits.angularSpeed, limits.angularAcceleration);
+  }
+  return crawling < stopping;
+}
+
+// The transition for the joint from `a` to `b` reaching at most `longest`
+// on each side, or none (half 0) when the joint is smooth already, no
+// length keeps the tolerance or, at a corner, stopping is quicker.
+Transition blendJoint(const Segment2D& a, const Segment2D& b, double longest, double tolerance,
+                      const BlendLimits& limits) {
+  const double lengthA = static_cast<double>(a.length);
+  const double ka = a.curvatureAt(lengthA);
+  const double kb = b.curvatureAt(0.0);
+  // Path headings are the values nearest the heading before, so the raw
+  // difference is the corner's turn; a segment list that jumps by whole
+  // turns is left as it is.
+  const double rawTurn = static_cast<double>(b.start.theta) - segmentPoseAt(a, lengthA).theta;
+  const double turn = std::remainder(rawTurn, 2.0 * kPi);
+  const double jump = std::fabs(kb - ka);
+  const double eps = static_cast<double>(FLT_EPSILON);
+  const bool smooth = jump <= 8.0 * eps * (std::fabs(ka) + std::fabs(kb)) &&
+                      std::fabs(turn) <= 8.0 * eps * (1.0 + std::fabs(static_cast<double>(b.start.theta)));
+  if (smooth || std::fabs(turn) > kMaxCorner || std::fabs(rawTurn - turn) > 1e-3) {
+    return {};
+  }
+  // Below this a transition is lost in the float rounding of its points.
+  const double shortest = 64.0 * eps *
+                          (1.0 + std::fabs(static_cast<double>(b.start.x)) +
+                           std::fabs(static_cast<double>(b.start.y)));
+  // Each side keeps within half a radian of turn, so the heading's turn
+  // over the transition stays well away from a full circle.
+  longest = std::min({longest, 0.5 / std::max(std::fabs(ka), 1e-300),
+                      0.5 / std::max(std::fabs(kb), 1e-300)});
+  // First guesses: a curvature jump strays by about h^2 |dk| / 24, a
+  // corner by about h |turn| / 4.
+  double half = longest;
+  if (jump > 0.0) {
+    half = std::min(half, std::sqrt(24.0 * kAim * tolerance / jump));
+  }
+  if (turn != 0.0) {
+    half = std::min(half, 4.0 * kAim * tolerance / std::fabs(turn));
+  }
+  for (int attempt = 0; attempt < kAttempts && half >= shortest; ++attempt) {
+    Transition t;
+    if (!transitionOf(a, b, half, t)) {
+      half *= 0.5;
+      continue;
+    }
+    const PoseD tail = segmentPoseAt(a, lengthA - half);
+    const PoseD head{static_cast<double>(b.start.x), static_cast<double>(b.start.y),
+                     static_cast<double>(b.start.theta)};
+    const double deviation = deviationOf(t.clothoids, tail, ka, head, kb, half);
+    if (deviation <= tolerance) {
+      const bool corner = std::fabs(turn) > 8.0 * eps * (1.0 + std::fabs(static_cast<double>(b.start.theta)));
+      if (corner && !quickerThanStopping(a, b, turn, t, limits)) {
+        return {};
+      }
+      return t;
+    }
+    half *= std::max(0.2, std::min(0.9, kAim * tolerance / deviation));
+  }
+  return {};
+}
+
+// The part of `segment` from `from` to `to` (arc lengths along it).
+Segment2D partOf(const Segment2D& segment, double from, double to) {
+  Segment2D part = segment;
+  part.start = toPose2D(segmentPoseAt(segment, from));
+  part.length = static_cast<float>(to - from);
+  part.curvature = static_cast<float>(segment.curvatureAt(from));
+  return part;
+}
+
+}  // namespace
+
+std::vector<Segment2D> blendedSegments(const std::vector<Segment2D>& described, double tolerance,
+                                       const BlendLimits& limits) {
+  std::vector<Transition> joints(described.size());  // joint i starts segment i
+  for (std::size_t i = 1; i < described.size(); ++i) {
+    const double longest = 0.5 * std::min(static_cast<double>(described[i - 1].length),
+                                          static_cast<double>(described[i].length));
+    joints[i] = blendJoint(described[i - 1], described[i], longest, tolerance, limits);
+  }
+  std::vector<Segment2D> driven;
+  driven.reserve(described.size() * (kPieces + 1));
+  for (std::size_t i = 0; i < described.size(); ++i) {
+    const Segment2D& segment = described[i];
+    if (joints[i].half > 0.0) {
+      driven.insert(driven.end(), joints[i].clothoids.begin(), joints[i].clothoids.end());
+    }
+    const double from = joints[i].half;
+    const double to = static_cast<double>(segment.length) -
+                      (i + 1 < described.size() ? joints[i + 1].half : 0.0);
+    if (from == 0.0 && (i + 1 == described.size() || joints[i + 1].half == 0.0)) {
+      driven.push_back(segment);
+    } else if (to > from) {
+      driven.push_back(partOf(segment, from, to));
+    }
+  }
+  return driven;
+}
+
+DrivenPath2D::DrivenPath2D(const Pose2D& start, std::vector<Segment2D> segments)
+    : KRPath2D(start, std::move(segments)) {}
+
+}  // namespace Trajectory
+}  // namespace Math
+}  // namespace KR
