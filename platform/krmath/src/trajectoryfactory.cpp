@@ -102,10 +102,16 @@ struct CurvatureRun {
   double largest() const { return std::max(std::fabs(start), std::fabs(end)); }
 };
 
-CurvatureRun curvatureRunOf(const Segment2D& segment) {
-  return {segment.curvatureAt(0.0), segment.curvatureAt(static_cast<double>(segment.length)),
+// The curvature along `segment` from arc length `from` to `to`.
+CurvatureRun curvatureRunOf(const Segment2D& segment, double from, double to) {
+  return {segment.curvatureAt(from), segment.curvatureAt(to),
           std::fabs(static_cast<double>(segment.sharpness))};
 }
+
+// The bounds on a clothoid hold at the larger end curvature of each span,
+// so a clothoid is timed as this many spans, each close to the curvature
+// along it.
+constexpr int kClothoidSpans = 4;
 
 // Whether the curvature jumps from `before` into `after`: more than the float
 // rounding of a transition's knots, which joins its clothoids.
@@ -121,10 +127,10 @@ bool curvatureJumps(const CurvatureRun& before, const CurvatureRun& after) {
 // angular acceleration within the rotation limits. On an arc that
 // acceleration is k a; on a clothoid of sharpness c it is c v^2 + k a, and
 // each part gets half of the limit.
-SpeedSpan spanOf(const Segment2D& segment, const MotionSettings& settings, bool turnsWithPath) {
-  const CurvatureRun run = curvatureRunOf(segment);
+SpeedSpan spanOf(double length, const CurvatureRun& run, const MotionSettings& settings,
+                 bool turnsWithPath) {
   SpeedSpan span;
-  span.length = static_cast<double>(segment.length);
+  span.length = length;
   span.maxSpeed = settings.speed;
   span.curvature = run.largest();
   span.maxTangential = std::numeric_limits<double>::infinity();
@@ -350,8 +356,7 @@ class PhasePlanner {
         run_.startArc = arc;
         run_.headingOffset = offset;
       }
-      spans_.push_back(spanOf(segment, settings_, turnsWithPath_));
-      curvatures_.push_back(curvatureRunOf(segment));
+      addSpans(segment);
       ++run_.segmentCount;
       arc += static_cast<double>(segment.length);
       heading = static_cast<double>(segment.endPose().theta) + offset;
@@ -361,6 +366,18 @@ class PhasePlanner {
   }
 
  private:
+  // The spans of one segment: one, or kClothoidSpans for a clothoid.
+  void addSpans(const Segment2D& segment) {
+    const double length = static_cast<double>(segment.length);
+    const int count = segment.sharpness != 0.0f ? kClothoidSpans : 1;
+    for (int i = 0; i < count; ++i) {
+      const CurvatureRun run =
+          curvatureRunOf(segment, length * i / count, length * (i + 1) / count);
+      spans_.push_back(spanOf(length / count, run, settings_, turnsWithPath_));
+      curvatures_.push_back(run);
+    }
+  }
+
   void append(Phase& phase) {
     phase.startTime = time_;
     time_ += phase.duration();
@@ -408,7 +425,7 @@ class PhasePlanner {
   double startSpeed_ = 0.0;
   double time_ = 0.0;
   Phase run_;
-  std::vector<SpeedSpan> spans_;    // one per segment of the current run
+  std::vector<SpeedSpan> spans_;          // the current run's, in order
   std::vector<CurvatureRun> curvatures_;  // their curvatures
   std::vector<Phase> phases_;
 };

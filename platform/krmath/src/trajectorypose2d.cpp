@@ -200,6 +200,17 @@ double KRDirectTrajectoryPose2D::speedBoundAt(double seconds) const {
 
 const KRPath2D& KRDirectTrajectoryPose2D::path() const { return *path_; }
 
+Pose2D KRDirectTrajectoryPose2D::endPose() const {
+  const Phase& last = phases_.back();
+  if (!describedPath_ || last.kind != Phase::Kind::Move) {
+    return phaseEndPose(last, *path_);
+  }
+  // A blended path ends on the described end within float rounding; the
+  // motion ends on it exactly.
+  const Pose2D end = describedPath_->endPose();
+  return Pose2D(end.x, end.y, saturatedFloat(static_cast<double>(end.theta) + last.headingOffset));
+}
+
 const KRPath2D& KRDirectTrajectoryPose2D::describedPath() const {
   return describedPath_ ? *describedPath_ : *path_;
 }
@@ -213,7 +224,7 @@ Pose2DPosVelAcc KRDirectTrajectoryPose2D::pathStateAt(double seconds) const {
   }
   const double own = seconds / stretch_;
   if (seconds >= toSeconds(duration_) || own >= ownTime_) {
-    return atRest(phaseEndPose(phases_.back(), *path_));
+    return atRest(endPose());
   }
   const Phase& phase = phaseAt(phases_, own);
   if (phase.kind == Phase::Kind::Turn) {

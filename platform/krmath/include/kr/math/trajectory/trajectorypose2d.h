@@ -162,6 +162,10 @@ class KRMATH_API KRDirectTrajectoryPose2D : public KRTrajectoryPose2D {
   Pose2DPosVelAcc pathStateAt(double seconds) const;
 
  private:
+  /// Where the motion ends at rest: the end of the described path (with the
+  /// whole turns a sharper corner added), or after a final turn on the spot
+  /// that turn's end.
+  Pose2D endPose() const;
   std::unique_ptr<KRPath2D> path_;
   std::unique_ptr<KRPath2D> describedPath_;  // null: path_ itself
   std::vector<Phase> phases_;
