@@ -4,7 +4,8 @@
 // Run: build/release/bench/trajectory_bench --benchmark_repetitions=5
 //   --benchmark_report_aggregates_only=true
 // The counter per_piece is the time per piece of the path; duration_s is
-// how long the motion built lasts.
+// how long the motion built lasts. The argument is the blend tolerance in
+// millimetres (0: the exact path).
 #include <kr/math/pose2dposvelacc.h>
 #include <kr/math/rationalseconds.h>
 #include <kr/math/trajectory/limits.h>
@@ -35,9 +36,11 @@ void addPieces(TrajectoryFactory& factory) {
   }
 }
 
-NonHolonomicTrajectoryFactory makeFactory() {
-  return NonHolonomicTrajectoryFactory(Limits(0.5f, 0.5f), Limits(1.0f, 1.0f),
-                                       RationalSeconds(boost::rational<int>(1, 100)), 1.0f);
+NonHolonomicTrajectoryFactory makeFactory(const benchmark::State& state) {
+  NonHolonomicTrajectoryFactory factory(Limits(0.5f, 0.5f), Limits(1.0f, 1.0f),
+                                        RationalSeconds(boost::rational<int>(1, 100)), 1.0f);
+  factory.setBlendTolerance(static_cast<float>(state.range(0)) / 1000.0f);
+  return factory;
 }
 
 void perPiece(benchmark::State& state) {
@@ -51,7 +54,7 @@ void perPiece(benchmark::State& state) {
 void BM_BuildTrajectory(benchmark::State& state) {
   double seconds = 0.0;
   for (auto _ : state) {
-    NonHolonomicTrajectoryFactory factory = makeFactory();
+    NonHolonomicTrajectoryFactory factory = makeFactory(state);
     addPieces(factory);
     const std::unique_ptr<KRDirectTrajectoryPose2D> trajectory(
         factory.getTrajectoryBuilder(RationalSeconds(0))(Pose2DPosVelAcc()));
@@ -60,11 +63,11 @@ void BM_BuildTrajectory(benchmark::State& state) {
   perPiece(state);
   state.counters["duration_s"] = seconds;  // of the motion built
 }
-BENCHMARK(BM_BuildTrajectory)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BuildTrajectory)->Arg(0)->Arg(10)->Unit(benchmark::kMillisecond);
 
 // One state per piece, evenly spaced over the duration.
 void BM_SampleTrajectory(benchmark::State& state) {
-  NonHolonomicTrajectoryFactory factory = makeFactory();
+  NonHolonomicTrajectoryFactory factory = makeFactory(state);
   addPieces(factory);
   const std::unique_ptr<KRDirectTrajectoryPose2D> trajectory(
       factory.getTrajectoryBuilder(RationalSeconds(0))(Pose2DPosVelAcc()));
@@ -76,7 +79,7 @@ void BM_SampleTrajectory(benchmark::State& state) {
   }
   perPiece(state);
 }
-BENCHMARK(BM_SampleTrajectory)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_SampleTrajectory)->Arg(0)->Arg(10)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

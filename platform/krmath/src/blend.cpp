@@ -1,12 +1,13 @@
 #include "blend.h"
 
-#include "pathgeometry.h"
-
 #include <algorithm>
 #include <array>
 #include <cfloat>
 #include <cmath>
+#include <limits>
 #include <utility>
+
+#include "pathgeometry.h"
 
 // A transition replaces the described path about a joint, from arc length h
 // before it to h after it, by six clothoids of equal length whose
@@ -31,11 +32,12 @@ namespace {
 // each, between knots.
 constexpr int kPieces = 8;
 constexpr int kInner = kPieces - 1;  // the knots that are solved for
-// Gauss-Legendre nodes and weights on [-1, 1], by pairs +-node.
-constexpr double kNodes[3] = {0.2386191860831909, 0.6612093864662645, 0.9324695142031521};
-constexpr double kWeights[3] = {0.4679139345726910, 0.3607615730481386, 0.1713244923791704};
-// Each integration step turns by at most this (radians).
-constexpr double kStepTurn = 0.5;
+// Four-point Gauss-Legendre nodes and weights on [-1, 1], by pairs +-node,
+// over steps that each turn by at most kStepTurn (radians): the end pose to
+// a part in 1e10 of the length, far below what float coordinates keep.
+constexpr double kNodes[2] = {0.3399810435848563, 0.8611363115940526};
+constexpr double kWeights[2] = {0.6521451548625461, 0.3478548451374538};
+constexpr double kStepTurn = 0.25;
 // The largest turn of a corner that is blended: near a half turn a
 // transition within any tolerance would need a curvature without bound.
 constexpr double kMaxCorner = 3.0;
@@ -45,6 +47,12 @@ constexpr double kAim = 0.8;
 constexpr int kAttempts = 6;
 // Points sampled along each clothoid to measure the deviation.
 constexpr int kSamplesPerClothoid = 4;
+
+struct PointD {
+  double x;
+  double y;
+};
+using Samples = std::array<PointD, kPieces * kSamplesPerClothoid>;
 
 // The curvature at the knots of a transition, and its length.
 struct Knots {
@@ -61,9 +69,23 @@ struct Integrated {
   std::array<double, kInner> dy;
 };
 
+// The heading at `t` along a piece starting at `theta` with curvature k0,
+// reaching k1 after length q: the curvature is linear in between.
+double headingAt(double theta, double k0, double k1, double q, double t) {
+  return theta + t * (k0 + 0.5 * (k1 - k0) * t / q);
+}
+
+// How many steps integrate a piece of length q between curvatures k0 and
+// k1, each turning by at most `turn`.
+double stepsOf(double k0, double k1, double q, double turn) {
+  return std::max(1.0, std::ceil((std::fabs(k0) + std::fabs(k1)) * q / turn));
+}
+
 // Integrates the unit tangent with Gauss-Legendre quadrature, the heading
-// being quadratic on each piece; d heading / d knot follows from the same
-// formula, so the Jacobian costs no more evaluations.
+// being quadratic on each piece. d heading / d knot follows from the same
+// formula: before a piece it is a constant per knot, within it only the
+// piece's own two knots add to it, so the Jacobian costs a few sums per
+// node.
 Integrated integrate(const Knots& knots) {
   const double q = knots.length / kPieces;
   Integrated out{};
@@ -75,42 +97,83 @@ Integrated integrate(const Knots& knots) {
     out.at[piece] = {x, y, theta};
     const double k0 = knots.k[piece];
     const double k1 = knots.k[piece + 1];
-    const double steps =
-        std::max(1.0, std::ceil((std::fabs(k0) + std::fabs(k1)) * q / kStepTurn));
+    const double steps = stepsOf(k0, k1, q, kStepTurn);
     const double h = q / steps;
-    // Inner knot `piece - 1` starts this piece, inner knot `piece` ends it.
+    double sumC = 0.0;  // of the weighted cos and sin of the heading
+    double sumS = 0.0;
+    double startC = 0.0;  // ... times d heading / d k0 within the piece
+    double startS = 0.0;
+    double endC = 0.0;  // ... times d heading / d k1 within the piece
+    double endS = 0.0;
     for (double i = 0.0; i < steps; ++i) {
-      for (int j = 0; j < 3; ++j) {
+      for (int j = 0; j < 2; ++j) {
         for (const double side : {-1.0, 1.0}) {
           const double t = (i + 0.5) * h + side * 0.5 * h * kNodes[j];
           const double ramp = t * t / (2.0 * q);  // d heading / d k1 at t
-          const double heading = theta + k0 * (t - ramp) + k1 * ramp;
           const double w = 0.5 * h * kWeights[j];
+          const double heading = headingAt(theta, k0, k1, q, t);
           const double c = w * std::cos(heading);
           const double s = w * std::sin(heading);
-          x += c;
-          y += s;
-          for (int knot = 0; knot < kInner; ++knot) {
-            double d = dTheta[knot];
-            if (knot + 1 == piece) {
-              d += t - ramp;
-            } else if (knot == piece) {
-              d += ramp;
-            }
-            out.dx[knot] -= s * d;
-            out.dy[knot] += c * d;
-          }
+          sumC += c;
+          sumS += s;
+          startC += c * (t - ramp);
+          startS += s * (t - ramp);
+          endC += c * ramp;
+          endS += s * ramp;
         }
       }
     }
-    theta += 0.5 * q * (k0 + k1);
+    x += sumC;
+    y += sumS;
+    // Inner knot `piece - 1` starts this piece, inner knot `piece` ends it.
     for (int knot = 0; knot < kInner; ++knot) {
-      if (knot + 1 == piece || knot == piece) {
-        dTheta[knot] += 0.5 * q;
-      }
+      out.dx[knot] -= dTheta[knot] * sumS;
+      out.dy[knot] += dTheta[knot] * sumC;
     }
+    if (piece >= 1) {
+      out.dx[piece - 1] -= startS;
+      out.dy[piece - 1] += startC;
+      dTheta[piece - 1] += 0.5 * q;
+    }
+    if (piece < kInner) {
+      out.dx[piece] -= endS;
+      out.dy[piece] += endC;
+      dTheta[piece] += 0.5 * q;
+    }
+    theta += 0.5 * q * (k0 + k1);
   }
   out.at[kPieces] = {x, y, theta};
+  return out;
+}
+
+// Points along a transition, kSamplesPerClothoid evenly along each piece,
+// integrated with two Gauss-Legendre nodes per step of a tenth of a radian
+// at most: far finer than the deviation they measure.
+Samples samplesOf(const Knots& knots) {
+  static const double kNode = 0.5773502691896258;  // 1 / sqrt(3)
+  const double q = knots.length / kPieces;
+  Samples out{};
+  double x = 0.0;
+  double y = 0.0;
+  double theta = 0.0;
+  for (int piece = 0; piece < kPieces; ++piece) {
+    const double k0 = knots.k[piece];
+    const double k1 = knots.k[piece + 1];
+    const double perSample = stepsOf(k0, k1, q / kSamplesPerClothoid, 0.1);
+    const double h = q / (perSample * kSamplesPerClothoid);
+    double t = 0.0;
+    for (int sample = 0; sample < kSamplesPerClothoid; ++sample) {
+      for (double i = 0.0; i < perSample; ++i, t += h) {
+        for (const double side : {-1.0, 1.0}) {
+          const double heading = headingAt(theta, k0, k1, q, t + 0.5 * h * (1.0 + side * kNode));
+          x += 0.5 * h * std::cos(heading);
+          y += 0.5 * h * std::sin(heading);
+        }
+      }
+      out[static_cast<std::size_t>(piece * kSamplesPerClothoid + sample)] = {x, y};
+    }
+    theta += 0.5 * q * (k0 + k1);
+  }
   return out;
 }
 
@@ -157,7 +220,7 @@ bool solveLinear(std::array<std::array<double, N + 1>, N>& m, std::array<double,
 // each step minimises that sum under the end constraints linearised.
 // `knots` holds the two end curvatures and the length on entry; false when
 // the steps do not converge.
-bool solveKnots(const PoseD& target, Knots& knots) {
+bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
   const double q = knots.length / kPieces;
   const double ka = knots.k[0];
   const double kb = knots.k[kPieces];
@@ -167,8 +230,10 @@ bool solveKnots(const PoseD& target, Knots& knots) {
   for (int i = 1; i < kPieces; ++i) {
     knots.k[i] = ka + (kb - ka) * i / kPieces + shift;
   }
-  const double accuracy = 1e-12 * knots.length;
+  const double accuracy = 1e-10 * knots.length;
   constexpr std::size_t kUnknowns = kInner + 3;  // the knots' steps and 3 multipliers
+  double lastStep = std::numeric_limits<double>::infinity();
+  double size = std::max(std::fabs(ka), std::fabs(kb));
   for (int iteration = 0; iteration < 30; ++iteration) {
     const Integrated now = integrate(knots);
     const std::array<double, 3> r{target.x - now.at[kPieces].x, target.y - now.at[kPieces].y,
@@ -195,68 +260,77 @@ bool solveKnots(const PoseD& target, Knots& knots) {
     for (int row = 0; row < 3; ++row) {
       m[kInner + row][kUnknowns] = r[row];
     }
+    // Done when the end is met and the last step hardly changed the knots:
+    // the sharpness is then as low as these knots make it, to a part in a
+    // thousand.
+    const bool met = std::hypot(r[0], r[1]) <= accuracy && std::fabs(r[2]) <= 1e-12;
+    if (met && lastStep <= 1e-3 * size) {
+      at = now;
+      return true;
+    }
     std::array<double, kUnknowns> step{};
     if (!solveLinear(m, step)) {
       return false;
     }
-    double largest = 0.0;
-    double size = 1.0;
+    lastStep = 0.0;
     for (int i = 0; i < kInner; ++i) {
       knots.k[i + 1] += step[i];
-      largest = std::max(largest, std::fabs(step[i]));
+      lastStep = std::max(lastStep, std::fabs(step[i]));
       size = std::max(size, std::fabs(knots.k[i + 1]));
-    }
-    const bool met = std::hypot(r[0], r[1]) <= accuracy && std::fabs(r[2]) <= 1e-12;
-    if (met && largest <= 1e-9 * size) {
-      return true;
     }
   }
   return false;
 }
 
-// The distance from (px, py) to the piece of constant curvature `k` that
-// starts at `start` and runs `length`. In the piece's frame (a along it, l
-// to its left) the distance to its circle is |k (a^2 + l^2) - 2 l| /
-// (|k p - centre| + 1) and the arc length of the nearest point
-// atan2(k a, 1 - k l) / k, both exact as k goes to 0.
-double distanceToPiece(const PoseD& start, double length, double k, double px, double py) {
-  const double dx = px - start.x;
-  const double dy = py - start.y;
-  const double c = std::cos(start.theta);
-  const double s = std::sin(start.theta);
-  const double a = dx * c + dy * s;
-  const double l = dy * c - dx * s;
-  const double along = k == 0.0 ? a : std::atan2(k * a, 1.0 - k * l) / k;
-  if (along >= 0.0 && along <= length) {
-    return std::fabs(k * (a * a + l * l) - 2.0 * l) / (std::hypot(k * a, k * l - 1.0) + 1.0);
-  }
-  const Segment2D piece{toPose2D(start), static_cast<float>(length), static_cast<float>(k)};
-  const PoseD end = segmentPoseAt(piece, length);
-  return std::min(std::hypot(dx, dy), std::hypot(px - end.x, py - end.y));
+// A described piece of constant curvature, in the frame of a transition's
+// start: where it starts and ends, its direction there and its curvature.
+struct Piece {
+  PoseD start;
+  double cos;
+  double sin;
+  double curvature;
+  double length;
+  PointD end;
+};
+
+Piece pieceOf(const PoseD& start, double curvature, double length) {
+  const Segment2D segment{toPose2D(start), static_cast<float>(length),
+                          static_cast<float>(curvature)};
+  const PoseD end = segmentPoseAt(segment, length);
+  return {start, std::cos(start.theta), std::sin(start.theta), curvature, length, {end.x, end.y}};
 }
 
-// How far the clothoids stray from the two described pieces they replace:
+// The distance from `p` to `piece`. In the piece's frame (a along it, l to
+// its left) the distance to its circle is |k (a^2 + l^2) - 2 l| /
+// (|k p - centre| + 1) and the arc length of the nearest point
+// atan2(k a, 1 - k l) / k, both exact as k goes to 0; beyond its ends, the
+// nearer end.
+double distanceTo(const Piece& piece, const PointD& p) {
+  const double dx = p.x - piece.start.x;
+  const double dy = p.y - piece.start.y;
+  const double a = dx * piece.cos + dy * piece.sin;
+  const double l = dy * piece.cos - dx * piece.sin;
+  const double k = piece.curvature;
+  const double along = k == 0.0 ? a : std::atan2(k * a, 1.0 - k * l) / k;
+  if (along >= 0.0 && along <= piece.length) {
+    return std::fabs(k * (a * a + l * l) - 2.0 * l) / (std::hypot(k * a, k * l - 1.0) + 1.0);
+  }
+  return std::min(std::hypot(dx, dy), std::hypot(p.x - piece.end.x, p.y - piece.end.y));
+}
+
+// How far a transition strays from the two described pieces it replaces:
 // the largest distance at the sampled points, plus what the distance can
-// grow between samples (h^2 / 8 times the two curves' curvatures).
-double deviationOf(const std::array<Segment2D, kPieces>& clothoids, const PoseD& tailStart,
-                   double tailCurvature, const PoseD& headStart, double headCurvature,
-                   double half) {
+// grow between samples (a step^2 / 8 times the two curves' curvatures).
+double deviationOf(const Knots& knots, const Piece& tail, const Piece& head) {
   double largest = 0.0;
-  double curvature = std::max(std::fabs(tailCurvature), std::fabs(headCurvature));
-  for (const Segment2D& clothoid : clothoids) {
-    curvature = std::max({curvature, std::fabs(clothoid.curvatureAt(0.0)),
-                          std::fabs(clothoid.curvatureAt(clothoid.length))});
+  for (const PointD& p : samplesOf(knots)) {
+    largest = std::max(largest, std::min(distanceTo(tail, p), distanceTo(head, p)));
   }
-  for (const Segment2D& clothoid : clothoids) {
-    const double length = static_cast<double>(clothoid.length);
-    for (int i = 1; i <= kSamplesPerClothoid; ++i) {
-      const PoseD p = segmentPoseAt(clothoid, length * i / kSamplesPerClothoid);
-      largest = std::max(largest,
-                         std::min(distanceToPiece(tailStart, half, tailCurvature, p.x, p.y),
-                                  distanceToPiece(headStart, half, headCurvature, p.x, p.y)));
-    }
+  double curvature = std::max(std::fabs(tail.curvature), std::fabs(head.curvature));
+  for (const double k : knots.k) {
+    curvature = std::max(curvature, std::fabs(k));
   }
-  const double step = static_cast<double>(clothoids[0].length) / kSamplesPerClothoid;
+  const double step = knots.length / (kPieces * kSamplesPerClothoid);
   return largest + step * step / 8.0 * 2.0 * curvature;
 }
 
@@ -290,6 +364,9 @@ double turnTime(double angle, double rate, double acceleration) {
 struct Transition {
   double half = 0.0;  // 0: the joint is left as it is
   std::array<Segment2D, kPieces> clothoids{};
+  Knots knots{};
+  Piece tail{};  // the described pieces it replaces, in its start's frame
+  Piece head{};
 };
 
 // The transition at arc length `half` on both sides of the joint from `a`
@@ -308,10 +385,17 @@ bool transitionOf(const Segment2D& a, const Segment2D& b, double half, Transitio
   knots.k[0] = a.curvatureAt(lengthA - half);
   knots.k[kPieces] = b.curvatureAt(half);
   knots.length = std::fabs(turn) < 1e-6 ? chord : chord * turn / std::sin(turn);
-  if (!(knots.length > 0.0) || !solveKnots(target, knots)) {
+  Integrated path{};
+  if (!(knots.length > 0.0) || !solveKnots(target, knots, path)) {
     return false;
   }
-  const Integrated path = integrate(knots);
+  out.knots = knots;
+  out.tail = pieceOf({0.0, 0.0, 0.0}, knots.k[0], half);
+  const double bx = static_cast<double>(b.start.x) - from.x;
+  const double by = static_cast<double>(b.start.y) - from.y;
+  out.head =
+      pieceOf({bx * c + by * s, by * c - bx * s, static_cast<double>(b.start.theta) - from.theta},
+              b.curvatureAt(0.0), half);
   const double q = knots.length / kPieces;
   for (int i = 0; i < kPieces; ++i) {
     const PoseD& p = path.at[i];
@@ -412,10 +496,7 @@ Transition blendJoint(const Segment2D& a, const Segment2D& b, double longest, do
       half *= 0.5;
       continue;
     }
-    const PoseD tail = segmentPoseAt(a, lengthA - half);
-    const PoseD head{static_cast<double>(b.start.x), static_cast<double>(b.start.y),
-                     static_cast<double>(b.start.theta)};
-    const double deviation = deviationOf(t.clothoids, tail, ka, head, kb, half);
+    const double deviation = deviationOf(t.knots, t.tail, t.head);
     if (deviation <= tolerance) {
       const bool corner = std::fabs(turn) > 8.0 * eps * (1.0 + std::fabs(static_cast<double>(b.start.theta)));
       if (corner && !quickerThanStopping(a, b, turn, t, limits)) {

@@ -80,24 +80,30 @@ Ramp makeRamp(const SpeedSpan& span, double acceleration, double low, double hig
   if (!(high > low)) {
     return ramp;
   }
-  if (span.curvature == 0.0) {
+  // On a line, or where the further bound is below what the centripetal
+  // part leaves even at the top speed, the acceleration is constant: one
+  // step is exact.
+  const double slowest = tangentialBound(span, acceleration, high);
+  if (span.curvature == 0.0 || slowest == span.maxTangential) {
     ramp.steps = 1;
     ramp.u[1] = high;
     ramp.d[1] = (high - low) / (2.0 * std::min(acceleration, span.maxTangential));
     return ramp;
   }
   // Equal steps of the angle whose sine is the centripetal share: finer
-  // steps in u where the acceleration left falls fastest.
+  // steps in u where the acceleration left falls fastest. A bound that
+  // falls by a share r over the ramp gets r of the steps, so each step
+  // loses about as little as when it falls all the way.
+  const double fall = 1.0 - slowest / tangentialBound(span, acceleration, low);
+  ramp.steps = std::clamp(static_cast<int>(std::ceil(kCurveSteps * fall)), 1, kCurveSteps);
   const double full = acceleration / span.curvature;
   const double from = std::asin(std::min(1.0, low / full));
   const double to = std::asin(std::min(1.0, high / full));
-  ramp.steps = kCurveSteps;
-  for (int j = 1; j <= kCurveSteps; ++j) {
+  for (int j = 1; j <= ramp.steps; ++j) {
     // Kept in order against rounding, and ending exactly at `high`.
-    ramp.u[j] = j == kCurveSteps
-                    ? high
-                    : std::clamp(full * std::sin(from + (to - from) * j / kCurveSteps),
-                                 ramp.u[j - 1], high);
+    ramp.u[j] = j == ramp.steps ? high
+                                : std::clamp(full * std::sin(from + (to - from) * j / ramp.steps),
+                                             ramp.u[j - 1], high);
     ramp.d[j] = ramp.d[j - 1] +
                 (ramp.u[j] - ramp.u[j - 1]) / (2.0 * tangentialBound(span, acceleration, ramp.u[j]));
   }

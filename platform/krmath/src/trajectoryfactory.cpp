@@ -98,6 +98,9 @@ struct CurvatureRun {
   double start;
   double end;
   double sharpness;
+  /// The sum of the sizes of the whole segment's end curvatures: the float
+  /// rounding of its curvature along it is a few ulps of this.
+  double scale;
 
   double largest() const { return std::max(std::fabs(start), std::fabs(end)); }
 };
@@ -105,19 +108,21 @@ struct CurvatureRun {
 // The curvature along `segment` from arc length `from` to `to`.
 CurvatureRun curvatureRunOf(const Segment2D& segment, double from, double to) {
   return {segment.curvatureAt(from), segment.curvatureAt(to),
-          std::fabs(static_cast<double>(segment.sharpness))};
+          std::fabs(static_cast<double>(segment.sharpness)),
+          std::fabs(segment.curvatureAt(0.0)) +
+              std::fabs(segment.curvatureAt(static_cast<double>(segment.length)))};
 }
 
 // The bounds on a clothoid hold at the larger end curvature of each span,
 // so a clothoid is timed as this many spans, each close to the curvature
 // along it.
-constexpr int kClothoidSpans = 4;
+constexpr int kClothoidSpans = 2;
 
 // Whether the curvature jumps from `before` into `after`: more than the float
-// rounding of a transition's knots, which joins its clothoids.
+// rounding of a transition's knots, which joins its clothoids (a curvature
+// passing through 0 is rounded as its ends are).
 bool curvatureJumps(const CurvatureRun& before, const CurvatureRun& after) {
-  const double rounding =
-      8.0 * static_cast<double>(FLT_EPSILON) * (std::fabs(before.end) + std::fabs(after.start));
+  const double rounding = 8.0 * static_cast<double>(FLT_EPSILON) * (before.scale + after.scale);
   return std::fabs(after.start - before.end) > rounding;
 }
 

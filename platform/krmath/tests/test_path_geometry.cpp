@@ -377,6 +377,7 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
   double heading = static_cast<double>(path.startPose().theta);
   double arc = 0.0;
   double curvature = 0.0;
+  double previousScale = 0.0;
   for (const Segment2D& segment : path.segments()) {
     const double jump =
         std::remainder(static_cast<double>(segment.start.theta) - heading, 2 * M_PI);
@@ -387,9 +388,11 @@ double referenceTime(const KRPath2D& path, const Limits& linear, const Limits& a
     const double k = segment.curvatureAt(0);
     const double kEnd = segment.curvatureAt(static_cast<double>(segment.length));
     runStarts.push_back(corner || arc == 0 ? arc : runStarts.back());
-    // Clothoids meet within their knots' float rounding.
-    const double rounding =
-        8 * static_cast<double>(FLT_EPSILON) * (std::fabs(k) + std::fabs(curvature));
+    // Clothoids meet within their knots' float rounding: ulps of the
+    // curvatures at their ends.
+    const double scale = std::fabs(k) + std::fabs(kEnd);
+    const double rounding = 8 * static_cast<double>(FLT_EPSILON) * (scale + previousScale);
+    previousScale = scale;
     if (facing && !corner && arc > 0 && std::fabs(k - curvature) > rounding) {
       jumps.push_back({arc, std::fabs(k - curvature), runStarts.back()});
     }
