@@ -522,27 +522,29 @@ Segment2D partOf(const Segment2D& segment, double from, double to) {
 
 std::vector<Segment2D> blendedSegments(const std::vector<Segment2D>& described, double tolerance,
                                        const BlendLimits& limits) {
-  std::vector<Transition> joints(described.size());  // joint i starts segment i
-  for (std::size_t i = 1; i < described.size(); ++i) {
-    const double longest = 0.5 * std::min(static_cast<double>(described[i - 1].length),
-                                          static_cast<double>(described[i].length));
-    joints[i] = blendJoint(described[i - 1], described[i], longest, tolerance, limits);
-  }
   std::vector<Segment2D> driven;
   driven.reserve(described.size() * (kPieces + 1));
+  // Segment i runs from the transition before it (reaching `from` into it)
+  // to the one after it, which is found first.
+  double from = 0.0;
   for (std::size_t i = 0; i < described.size(); ++i) {
     const Segment2D& segment = described[i];
-    if (joints[i].half > 0.0) {
-      driven.insert(driven.end(), joints[i].clothoids.begin(), joints[i].clothoids.end());
+    Transition next;
+    if (i + 1 < described.size()) {
+      const double longest = 0.5 * std::min(static_cast<double>(segment.length),
+                                            static_cast<double>(described[i + 1].length));
+      next = blendJoint(segment, described[i + 1], longest, tolerance, limits);
     }
-    const double from = joints[i].half;
-    const double to = static_cast<double>(segment.length) -
-                      (i + 1 < described.size() ? joints[i + 1].half : 0.0);
-    if (from == 0.0 && (i + 1 == described.size() || joints[i + 1].half == 0.0)) {
+    const double to = static_cast<double>(segment.length) - next.half;
+    if (from == 0.0 && next.half == 0.0) {
       driven.push_back(segment);
     } else if (to > from) {
       driven.push_back(partOf(segment, from, to));
     }
+    if (next.half > 0.0) {
+      driven.insert(driven.end(), next.clothoids.begin(), next.clothoids.end());
+    }
+    from = next.half;
   }
   return driven;
 }
