@@ -96,6 +96,13 @@ class KRMATH_API KRTrajectoryPose2D {
 ///   With T = 10 ms, alpha = 1 rad/s^2 and a line meeting an arc of radius
 ///   1 m, that is 5 mm/s: the robot all but stops there.
 ///   The translation velocity stays continuous at the joint.
+/// - With a blend tolerance (TrajectoryFactory::setBlendTolerance) the path
+///   driven, path(), replaces such joints and corners by clothoids, whose
+///   curvature k changes at a constant sharpness c along each: there the
+///   rotation acceleration is c v^2 + k a, and c v^2 takes at most 80 % of
+///   the second limits' acceleration and k a the rest. The curvature is then
+///   continuous, so nothing jumps and the robot keeps its speed as far as
+///   these bounds allow; describedPath() is the path as given.
 ///
 /// Start state. The motion starts with the start state's velocity (x, y)
 /// when that is feasible: along the start orientation and the path's first
@@ -225,7 +232,11 @@ class KRMATH_API KRTrajectoryPose2DHolonomic : public KRDirectTrajectoryPose2D {
 /// composed trajectory's start state (its velocity included); every direct
 /// trajectory ends at rest, so the hand-over carries no speed: each next
 /// one starts at rest where the one before ended (its pose, and for a
-/// holonomic one its orientation). The duration and the minimum duration
+/// holonomic one its orientation). Blending never reaches across a
+/// hand-over: each direct trajectory blends the joints of its own path and
+/// ends exactly on its described end pose, where the robot stops (and, if
+/// the next one starts in another direction, turns on the spot or, holonomic,
+/// simply moves on from rest). The duration and the minimum duration
 /// are the sums of theirs. An empty composed trajectory lasts 0 and stays at
 /// its start pose, at rest. The constructor throws std::runtime_error for a
 /// null piece or when the summed duration does not fit the fraction's ints.
