@@ -2,7 +2,8 @@
 // ["Composed", ...] turned into trajectory builders of the geometry library.
 //
 // Each direct trajectory gets a factory of its own, made with the caller's
-// settings and destroyed before the call returns; the builders the factories
+// settings (the blend tolerance set before anything is added) and destroyed
+// before the call returns; the builders the factories
 // hand out do not refer to them. The caller's builder is written last, once
 // everything has decoded.
 #include <kr/valueutils/trajectories.h>
@@ -42,6 +43,7 @@ struct Settings {
   Limits firstLimits;
   Limits secondLimits;
   float factoryParameter;
+  float blendTolerance;
 };
 
 // Element `index` read as a number of seconds, rounded to the period.
@@ -56,6 +58,7 @@ DirectTrajectoryPose2DBuilder readHolonomic(const KR::KRValue& value, const std:
                                             const Settings& settings) {
   HolonomicTrajectoryFactory factory(settings.firstLimits, settings.secondLimits,
                                      settings.period, settings.factoryParameter);
+  factory.setBlendTolerance(settings.blendTolerance);
   extractPath2DIntoTrajectoryFactory(value[1], name, factory);
   const float rotation = detail::readFloat(value[2], name, detail::kKRValueField);
   const RationalSeconds duration = readSeconds(value, 3, name, settings.period);
@@ -68,6 +71,7 @@ DirectTrajectoryPose2DBuilder readNonHolonomic(const KR::KRValue& value, const s
                                                const Settings& settings) {
   NonHolonomicTrajectoryFactory factory(settings.firstLimits, settings.secondLimits,
                                         settings.period, settings.factoryParameter);
+  factory.setBlendTolerance(settings.blendTolerance);
   extractPath2DIntoTrajectoryFactory(value[1], name, factory);
   return factory.getTrajectoryBuilder(readSeconds(value, 2, name, settings.period));
 }
@@ -126,8 +130,16 @@ void extractDirectTrajectoryPose2DBuilderFromKRValue(const KR::KRValue& value,
                                                      const Limits& secondLimits,
                                                      float factoryParameter,
                                                      DirectTrajectoryPose2DBuilder& builder) {
-  DirectTrajectoryPose2DBuilder made =
-      readDirect(value, name, {period, firstLimits, secondLimits, factoryParameter});
+  extractDirectTrajectoryPose2DBuilderFromKRValue(value, name, period, firstLimits, secondLimits,
+                                                  factoryParameter, 0.0f, builder);
+}
+
+void extractDirectTrajectoryPose2DBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const RationalSeconds& period,
+    const Limits& firstLimits, const Limits& secondLimits, float factoryParameter,
+    float blendTolerance, DirectTrajectoryPose2DBuilder& builder) {
+  DirectTrajectoryPose2DBuilder made = readDirect(
+      value, name, {period, firstLimits, secondLimits, factoryParameter, blendTolerance});
   builder.swap(made);
 }
 
@@ -138,8 +150,16 @@ void extractTrajectoryPose2DComposedBuilderFromKRValue(const KR::KRValue& value,
                                                        const Limits& secondLimits,
                                                        float factoryParameter,
                                                        TrajectoryPose2DComposedBuilder& builder) {
-  TrajectoryPose2DComposedBuilder made =
-      readComposed(value, name, {period, firstLimits, secondLimits, factoryParameter});
+  extractTrajectoryPose2DComposedBuilderFromKRValue(value, name, period, firstLimits, secondLimits,
+                                                    factoryParameter, 0.0f, builder);
+}
+
+void extractTrajectoryPose2DComposedBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const RationalSeconds& period,
+    const Limits& firstLimits, const Limits& secondLimits, float factoryParameter,
+    float blendTolerance, TrajectoryPose2DComposedBuilder& builder) {
+  TrajectoryPose2DComposedBuilder made = readComposed(
+      value, name, {period, firstLimits, secondLimits, factoryParameter, blendTolerance});
   builder.swap(made);
 }
 
@@ -149,8 +169,18 @@ void extractTrajectoryPose2DBuilderFromKRValue(const KR::KRValue& value, const s
                                                const Limits& secondLimits,
                                                float factoryParameter,
                                                TrajectoryPose2DBuilder& builder) {
-  TrajectoryPose2DBuilder made =
-      readTrajectory(value, name, {period, firstLimits, secondLimits, factoryParameter});
+  extractTrajectoryPose2DBuilderFromKRValue(value, name, period, firstLimits, secondLimits,
+                                            factoryParameter, 0.0f, builder);
+}
+
+void extractTrajectoryPose2DBuilderFromKRValue(const KR::KRValue& value, const std::string& name,
+                                               const RationalSeconds& period,
+                                               const Limits& firstLimits,
+                                               const Limits& secondLimits, float factoryParameter,
+                                               float blendTolerance,
+                                               TrajectoryPose2DBuilder& builder) {
+  TrajectoryPose2DBuilder made = readTrajectory(
+      value, name, {period, firstLimits, secondLimits, factoryParameter, blendTolerance});
   builder.swap(made);
 }
 

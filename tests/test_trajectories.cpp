@@ -1,12 +1,21 @@
 // Trajectory descriptions: messages and their order of checks for the three
-// functions, the caller's builder after a failure, and the trajectories the
-// builders make.
+// functions in both forms, the caller's builder after a failure, the
+// trajectories the builders make, and what a blend tolerance changes (every
+// factory gets it, the paths as described stay) and does not (0, a failure).
 #include <kr/krvaluetext.h>
 #include <kr/krvalueutils.h>
+#include <kr/math/trajectory/trajectoryfactory.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <random>
+#include <utility>
 
 #include "test_support.h"
-
-#include <memory>
 
 namespace {
 
@@ -31,27 +40,62 @@ const auto kPreviousComposed = [](const Pose2DPosVelAcc&) -> KRTrajectoryPose2DC
 };
 const auto kPrevious = [](const Pose2DPosVelAcc&) -> KRTrajectoryPose2D* { return nullptr; };
 
+// A reader in its two forms: without a blend tolerance, and with one.
+template <typename Builder>
+struct Reader {
+  void (*first)(const KRValue&, const std::string&, const RationalSeconds&, const Limits&,
+                const Limits&, float, Builder&);
+  void (*second)(const KRValue&, const std::string&, const RationalSeconds&, const Limits&,
+                 const Limits&, float, float, Builder&);
+
+  // The first form when `tolerance` is empty, else the second with it.
+  void operator()(const KRValue& value, const Limits& limits, std::optional<float> tolerance,
+                  Builder& out) const {
+    if (tolerance) {
+      second(value, "t", kPeriod, limits, limits, 1.0f, *tolerance, out);
+    } else {
+      first(value, "t", kPeriod, limits, limits, 1.0f, out);
+    }
+  }
+};
+
+const Reader<DirectTrajectoryPose2DBuilder> kDirect{
+    extractDirectTrajectoryPose2DBuilderFromKRValue,
+    extractDirectTrajectoryPose2DBuilderFromKRValue};
+const Reader<TrajectoryPose2DComposedBuilder> kComposed{
+    extractTrajectoryPose2DComposedBuilderFromKRValue,
+    extractTrajectoryPose2DComposedBuilderFromKRValue};
+const Reader<TrajectoryPose2DBuilder> kGeneral{extractTrajectoryPose2DBuilderFromKRValue,
+                                               extractTrajectoryPose2DBuilderFromKRValue};
+
+// Both forms, the second with no blend and with one: a valid tolerance
+// changes no message and no order of the checks.
+const std::vector<std::optional<float>> kEveryForm{std::nullopt, 0.0f, 0.05f};
+
 // Runs the three functions on `text`, each into a builder holding a previous
-// callable, and checks their messages and that a failure kept the previous one.
-void expectMessages(const std::string& text, const std::string& direct,
-                    const std::string& composed, const std::string& general,
-                    const Limits& limits = kLimits) {
-  SCOPED_TRACE(text);
+// callable, in each form `forms` names, and checks their messages and that a
+// failure kept the previous one.
+void expectMessages(const std::string& text, const std::string& direct, const std::string& composed,
+                    const std::string& general, const Limits& limits = kLimits,
+                    const std::vector<std::optional<float>>& forms = kEveryForm) {
   const KRValue value = parse(text);
-  DirectTrajectoryPose2DBuilder directBuilder = kPreviousDirect;
-  TrajectoryPose2DComposedBuilder composedBuilder = kPreviousComposed;
-  TrajectoryPose2DBuilder builder = kPrevious;
-  // Each function reads `value` into `out` with the same settings.
-  const auto read = [&](auto extract, auto& out) {
-    return messageOf([&] { extract(value, "t", kPeriod, limits, limits, 1.0f, out); });
-  };
-  EXPECT_EQ(read(extractDirectTrajectoryPose2DBuilderFromKRValue, directBuilder), direct);
-  EXPECT_EQ(read(extractTrajectoryPose2DComposedBuilderFromKRValue, composedBuilder), composed);
-  EXPECT_EQ(read(extractTrajectoryPose2DBuilderFromKRValue, builder), general);
-  EXPECT_EQ(directBuilder.target<decltype(kPreviousDirect)>() != nullptr, direct != kNoThrow);
-  EXPECT_EQ(composedBuilder.target<decltype(kPreviousComposed)>() != nullptr,
-            composed != kNoThrow);
-  EXPECT_EQ(builder.target<decltype(kPrevious)>() != nullptr, general != kNoThrow);
+  for (const std::optional<float>& tolerance : forms) {
+    SCOPED_TRACE(text + (tolerance ? " with " + std::to_string(*tolerance) : ""));
+    DirectTrajectoryPose2DBuilder directBuilder = kPreviousDirect;
+    TrajectoryPose2DComposedBuilder composedBuilder = kPreviousComposed;
+    TrajectoryPose2DBuilder builder = kPrevious;
+    // Each function reads `value` into `out` with the same settings.
+    const auto read = [&](const auto& reader, auto& out) {
+      return messageOf([&] { reader(value, limits, tolerance, out); });
+    };
+    EXPECT_EQ(read(kDirect, directBuilder), direct);
+    EXPECT_EQ(read(kComposed, composedBuilder), composed);
+    EXPECT_EQ(read(kGeneral, builder), general);
+    EXPECT_EQ(directBuilder.target<decltype(kPreviousDirect)>() != nullptr, direct != kNoThrow);
+    EXPECT_EQ(composedBuilder.target<decltype(kPreviousComposed)>() != nullptr,
+              composed != kNoThrow);
+    EXPECT_EQ(builder.target<decltype(kPrevious)>() != nullptr, general != kNoThrow);
+  }
 }
 
 const std::string kWrongComposed = "t Wrong TrajectoryPose2DComposed format";
@@ -105,6 +149,41 @@ TEST(TrajectoryDescriptions, TheSizeIsCheckedBeforeTheFactoryIsMade) {
                std::runtime_error);
 }
 
+TEST(TrajectoryDescriptions, AnInvalidBlendToleranceFailsWhenTheFirstFactoryIsMade) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float infinity = std::numeric_limits<float>::infinity();
+  const std::string blend =
+      "A trajectory factory's blend tolerance must be finite and not negative, got ";
+  const std::string good = R"(["NonHolonomic", ["Line", [1, 0]], 2.0])";
+  const std::vector<std::pair<float, std::string>> invalid{
+      {nan, "nan"},
+      {-1.0f, "-1.000000"},
+      {infinity, "inf"},
+      {-infinity, "-inf"},
+      {-std::numeric_limits<float>::denorm_min(), "-0.000000"}};
+  for (const auto& [tolerance, shown] : invalid) {
+    const std::string message = blend + shown + ".";
+    expectMessages(good, message, kWrongComposed, message, kLimits, {tolerance});
+  }
+  const std::string message = blend + "nan.";
+  // The type word and the size come first; the path is read after.
+  expectMessages(R"(["Holonomic", ["Line", [1, 0]], 2.0])", kInvalidSize, kWrongComposed,
+                 kInvalidSize, kLimits, {nan});
+  expectMessages(R"(["NonHolonomic", ["Composed"], 2.0])", message, kWrongComposed, message,
+                 kLimits, {nan});
+  // The first element's factory is made before the second element is looked at.
+  expectMessages(
+      R"(["Composed", ["NonHolonomic", ["Line", [1, 0]], 2], ["Holonomic", ["Line", [1, 0]], 1]])",
+      kUnknown, message, message, kLimits, {nan});
+  // The factory checks its limits when it is made, before the tolerance is set.
+  const Limits unusable(0, 0);
+  DirectTrajectoryPose2DBuilder builder;
+  const std::string limits = messageOf([&] { kDirect(parse(good), unusable, {}, builder); });
+  ASSERT_NE(limits, kNoThrow);
+  ASSERT_EQ(limits.find("blend"), std::string::npos);
+  expectMessages(good, limits, kWrongComposed, limits, unusable, {nan});
+}
+
 // The position where a trajectory built at rest at the origin ends.
 Pose2D endOf(const KRTrajectoryPose2D& trajectory) {
   return trajectory.stateAt(KR::Math::toSeconds(trajectory.duration())).position;
@@ -142,6 +221,289 @@ TEST(TrajectoryDescriptions, BuildersFollowThePathForTheDurationGiven) {
   expectNear(endOf(*trajectory), Pose2D(2, 0, -0.5f));
   EXPECT_EQ(KR::Math::toSeconds(same->duration()), 3.5);
   EXPECT_EQ(endOf(*same), endOf(*trajectory));
+}
+
+// Blend tolerances.
+
+const std::string kLineArcLine =
+    R"(["Composed", ["Line", [1.0, 0.0]], ["Circle", [0.0, 1.0], 1.5707964],
+                    ["Line", [1.0, 0.0]]])";
+
+std::string nonHolonomic(const std::string& path) { return R"(["NonHolonomic", )" + path + ", 0]"; }
+
+std::string holonomic(const std::string& path) { return R"(["Holonomic", )" + path + ", 0.5, 0]"; }
+
+std::unique_ptr<KRDirectTrajectoryPose2D> direct(const std::string& text, float tolerance) {
+  DirectTrajectoryPose2DBuilder builder;
+  extractDirectTrajectoryPose2DBuilderFromKRValue(parse(text), "t", kPeriod, kLimits, kLimits, 1.0f,
+                                                  tolerance, builder);
+  return std::unique_ptr<KRDirectTrajectoryPose2D>(builder(Pose2DPosVelAcc()));
+}
+
+bool hasClothoid(const KRPath2D& path) {
+  for (const Segment2D& segment : path.segments()) {
+    if (segment.sharpness != 0.0f) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The same segments wherever they start: lengths, curvatures and sharpness
+// bit for bit.
+::testing::AssertionResult sameShape(const KRPath2D& a, const KRPath2D& b) {
+  if (a.segments().size() != b.segments().size()) {
+    return ::testing::AssertionFailure()
+           << a.segments().size() << " and " << b.segments().size() << " segments";
+  }
+  for (std::size_t i = 0; i < a.segments().size(); ++i) {
+    const Segment2D& x = a.segments()[i];
+    const Segment2D& y = b.segments()[i];
+    if (std::memcmp(&x.length, &y.length, sizeof x.length) != 0 ||
+        std::memcmp(&x.curvature, &y.curvature, sizeof x.curvature) != 0 ||
+        std::memcmp(&x.sharpness, &y.sharpness, sizeof x.sharpness) != 0) {
+      return ::testing::AssertionFailure() << "segment " << i << " differs";
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
+// The same path, bit for bit: its start pose and segments.
+::testing::AssertionResult samePath(const KRPath2D& a, const KRPath2D& b) {
+  const ::testing::AssertionResult shape = sameShape(a, b);
+  if (!shape) {
+    return shape;
+  }
+  if (!(a.startPose() == b.startPose())) {
+    return ::testing::AssertionFailure() << "start poses differ";
+  }
+  for (std::size_t i = 0; i < a.segments().size(); ++i) {
+    if (!(a.segments()[i].start == b.segments()[i].start)) {
+      return ::testing::AssertionFailure() << "segment " << i << " starts elsewhere";
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
+// The direct trajectories a trajectory is made of: itself, or a composed
+// one's pieces.
+std::vector<const KRDirectTrajectoryPose2D*> piecesOf(const KRTrajectoryPose2D& trajectory) {
+  if (const auto* one = dynamic_cast<const KRDirectTrajectoryPose2D*>(&trajectory)) {
+    return {one};
+  }
+  std::vector<const KRDirectTrajectoryPose2D*> pieces;
+  for (const auto& piece : dynamic_cast<const KRTrajectoryPose2DComposed&>(trajectory).pieces()) {
+    pieces.push_back(piece.get());
+  }
+  return pieces;
+}
+
+TEST(TrajectoryBlend, ALineArcLineIsDrivenOnClothoidsAndKeepsItsDescribedPath) {
+  for (const std::string& text : {nonHolonomic(kLineArcLine), holonomic(kLineArcLine)}) {
+    SCOPED_TRACE(text);
+    const auto exact = direct(text, 0.0f);
+    const auto blended = direct(text, 0.01f);
+    EXPECT_FALSE(hasClothoid(exact->path()));
+    EXPECT_EQ(&exact->path(), &exact->describedPath());
+    EXPECT_TRUE(hasClothoid(blended->path()));
+    EXPECT_NE(&blended->path(), &blended->describedPath());
+    EXPECT_TRUE(samePath(blended->describedPath(), exact->path()));
+    // It still ends where the description does.
+    const auto endOf = [](const KRTrajectoryPose2D& t) {
+      return t.stateAt(KR::Math::toSeconds(t.duration())).position;
+    };
+    EXPECT_NEAR(endOf(*blended).x, endOf(*exact).x, 1e-5);
+    EXPECT_NEAR(endOf(*blended).y, endOf(*exact).y, 1e-5);
+  }
+  // A base facing along the path slows down where the curvature jumps,
+  // unless it drives through on a transition.
+  EXPECT_LT(KR::Math::toSeconds(direct(nonHolonomic(kLineArcLine), 0.01f)->duration()),
+            KR::Math::toSeconds(direct(nonHolonomic(kLineArcLine), 0.0f)->duration()));
+}
+
+TEST(TrajectoryBlend, EveryPieceOfAComposedTrajectoryGetsTheTolerance) {
+  const KRValue value =
+      parse(R"(["Composed", )" + nonHolonomic(kLineArcLine) + ", " + holonomic(kLineArcLine) + "]");
+  const auto exact = direct(nonHolonomic(kLineArcLine), 0.0f);
+  TrajectoryPose2DComposedBuilder composed;
+  TrajectoryPose2DBuilder general;
+  extractTrajectoryPose2DComposedBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f,
+                                                    0.01f, composed);
+  extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f, 0.01f,
+                                            general);
+  const std::unique_ptr<KRTrajectoryPose2D> fromComposed(composed(Pose2DPosVelAcc()));
+  const std::unique_ptr<KRTrajectoryPose2D> fromGeneral(general(Pose2DPosVelAcc()));
+  for (const KRTrajectoryPose2D* trajectory : {fromComposed.get(), fromGeneral.get()}) {
+    const auto pieces = piecesOf(*trajectory);
+    ASSERT_EQ(pieces.size(), 2u);
+    for (const KRDirectTrajectoryPose2D* piece : pieces) {
+      EXPECT_TRUE(hasClothoid(piece->path()));
+      // The second piece starts where the first ended, so only the shape of
+      // its path compares with the piece made alone.
+      EXPECT_TRUE(sameShape(piece->describedPath(), exact->path()));
+    }
+    EXPECT_TRUE(samePath(pieces[0]->describedPath(), exact->path()));
+  }
+}
+
+// Random tolerances, biased towards the edges, and random line, arc, line
+// paths (pieces from a millimetre to a hundred metres, any turn up to 3 rad
+// either way, corners included), read by the three readers.
+class Generator {
+ public:
+  explicit Generator(std::uint32_t seed) : rng_(seed) {}
+
+  float tolerance() {
+    static const float kEdges[] = {0.0f,
+                                   -0.0f,
+                                   std::numeric_limits<float>::quiet_NaN(),
+                                   -std::numeric_limits<float>::quiet_NaN(),
+                                   std::numeric_limits<float>::infinity(),
+                                   -std::numeric_limits<float>::infinity(),
+                                   std::numeric_limits<float>::max(),
+                                   -std::numeric_limits<float>::max(),
+                                   std::numeric_limits<float>::min(),
+                                   std::numeric_limits<float>::denorm_min(),
+                                   -std::numeric_limits<float>::denorm_min(),
+                                   0.01f,
+                                   1.0f};
+    switch (below(3)) {
+      case 0:
+        return kEdges[below(sizeof kEdges / sizeof kEdges[0])];
+      case 1: {  // any bits: NaN payloads, denormals, huge values
+        const auto bits = static_cast<std::uint32_t>(rng_());
+        float value;
+        std::memcpy(&value, &bits, sizeof value);
+        return value;
+      }
+      default:  // a plausible tolerance, now and then negative
+        return (below(5) == 0 ? -1.0f : 1.0f) * logUniform(1e-4f, 10.0f);
+    }
+  }
+
+  std::string path() {
+    const std::string first = "[\"Line\", [" + number(length()) + ", " + number(offset()) + "]]";
+    const float radius = logUniform(1e-2f, 10.0f);
+    const float turn = std::uniform_real_distribution<float>(-3.0f, 3.0f)(rng_);
+    const std::string arc = "[\"Circle\", [" + number(offset()) + ", " +
+                            number(turn < 0 ? -radius : radius) + "], " + number(turn) + "]";
+    const std::string last = "[\"Line\", [" + number(length()) + ", " + number(offset()) + "]]";
+    return "[\"Composed\", " + first + ", " + arc + ", " + last + "]";
+  }
+
+  std::string trajectory() {
+    const std::string seconds = below(2) == 0 ? "0" : number(logUniform(0.1f, 100.0f));
+    const std::string path = this->path();
+    if (below(2) == 0) {
+      return "[\"NonHolonomic\", " + path + ", " + seconds + "]";
+    }
+    return "[\"Holonomic\", " + path + ", " +
+           number(std::uniform_real_distribution<float>(-4.0f, 4.0f)(rng_)) + ", " + seconds + "]";
+  }
+
+  std::uint32_t below(std::uint32_t n) {
+    return std::uniform_int_distribution<std::uint32_t>(0, n - 1)(rng_);
+  }
+
+ private:
+  float logUniform(float low, float high) {
+    return std::exp(std::uniform_real_distribution<float>(std::log(low), std::log(high))(rng_));
+  }
+  // A piece's length, now and then 0.
+  float length() { return below(8) == 0 ? 0.0f : logUniform(1e-3f, 100.0f); }
+  // Sideways: mostly none (no corner), else a corner either way.
+  float offset() {
+    return below(2) == 0 ? 0.0f : std::uniform_real_distribution<float>(-1.0f, 1.0f)(rng_);
+  }
+  static std::string number(float value) { return KR::printKRValue(KRValue(value)); }
+
+  std::mt19937 rng_;
+};
+
+// What the factory itself says of `tolerance`: its message, or kNoThrow.
+std::string factoryVerdict(float tolerance) {
+  NonHolonomicTrajectoryFactory factory(kLimits, kLimits, kPeriod, 1.0f);
+  return messageOf([&] { factory.setBlendTolerance(tolerance); });
+}
+
+// The states at nine evenly spaced times, and the duration, are the same.
+::testing::AssertionResult sameMotion(const KRTrajectoryPose2D& a, const KRTrajectoryPose2D& b) {
+  if (a.duration() != b.duration()) {
+    return ::testing::AssertionFailure() << "durations differ";
+  }
+  const double seconds = KR::Math::toSeconds(a.duration());
+  for (int i = 0; i <= 8; ++i) {
+    if (!(a.stateAt(seconds * i / 8) == b.stateAt(seconds * i / 8))) {
+      return ::testing::AssertionFailure() << "states differ at sample " << i;
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
+// How often each outcome came up, so that a generator that stopped reaching
+// one shows.
+struct Tally {
+  int refused = 0;
+  int unblended = 0;  // 0, -0
+  int blended = 0;    // a piece driven on another path than the one described
+};
+
+// Checks one reader's second form on `value` with `tolerance` against its
+// first form: the factory's verdict on the tolerance, the caller's builder
+// kept after a failure, and on success the paths as described unchanged (0
+// and -0 change nothing at all).
+template <typename Builder>
+void expectBlendProperties(const Reader<Builder>& read, const KRValue& value, float tolerance,
+                           Tally& tally) {
+  Builder exact;
+  read(value, kLimits, std::nullopt, exact);
+  // The caller's builder holds a trajectory of its own before the call.
+  Builder builder = exact;
+  const std::string expected = factoryVerdict(tolerance);
+  ASSERT_EQ(messageOf([&] { read(value, kLimits, tolerance, builder); }), expected);
+  const std::unique_ptr<KRTrajectoryPose2D> unblended(exact(Pose2DPosVelAcc()));
+  const std::unique_ptr<KRTrajectoryPose2D> made(builder(Pose2DPosVelAcc()));
+  const bool unchanged = expected != kNoThrow || tolerance == 0.0f;
+  tally.refused += expected != kNoThrow ? 1 : 0;
+  tally.unblended += expected == kNoThrow && unchanged ? 1 : 0;
+  if (unchanged) {
+    EXPECT_TRUE(sameMotion(*made, *unblended));
+  }
+  const auto pieces = piecesOf(*made);
+  const auto unblendedPieces = piecesOf(*unblended);
+  ASSERT_EQ(pieces.size(), unblendedPieces.size());
+  bool blended = false;
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    // A later piece starts where the one before ended, which a blend may
+    // round differently: its segments keep their shape.
+    EXPECT_TRUE(i == 0 ? samePath(pieces[i]->describedPath(), unblendedPieces[i]->path())
+                       : sameShape(pieces[i]->describedPath(), unblendedPieces[i]->path()))
+        << "piece " << i;
+    if (unchanged) {
+      EXPECT_EQ(&pieces[i]->path(), &pieces[i]->describedPath()) << "piece " << i;
+    } else if (&pieces[i]->path() != &pieces[i]->describedPath()) {
+      blended = true;
+    }
+  }
+  tally.blended += blended ? 1 : 0;
+}
+
+TEST(TrajectoryBlend, AnyToleranceIsTheFactorysToAcceptAndKeepsThePathsAsDescribed) {
+  Generator generate(631);
+  Tally tally;
+  for (int round = 0; round < 1000; ++round) {
+    const float tolerance = generate.tolerance();
+    const std::string text = generate.trajectory();
+    const KRValue one = parse(text);
+    const KRValue two = parse("[\"Composed\", " + text + ", " + text + "]");
+    SCOPED_TRACE(text + " with " + std::to_string(tolerance));
+    expectBlendProperties(kDirect, one, tolerance, tally);
+    expectBlendProperties(kComposed, two, tolerance, tally);
+    expectBlendProperties(kGeneral, round % 2 == 0 ? one : two, tolerance, tally);
+  }
+  EXPECT_GT(tally.refused, 300);
+  EXPECT_GT(tally.unblended, 100);
+  EXPECT_GT(tally.blended, 300);
 }
 
 }  // namespace

@@ -29,11 +29,13 @@ namespace {
 
 using KR::Math::Pose2D;
 using KR::Math::Pose2DPosVelAcc;
-using KR::Math::RationalSeconds;
 using KR::Math::Position2D;
+using KR::Math::RationalSeconds;
 using KR::Math::Trajectory::KRDirectPath2D;
+using KR::Math::Trajectory::KRDirectTrajectoryPose2D;
 using KR::Math::Trajectory::KRPath2D;
 using KR::Math::Trajectory::KRTrajectoryPose2D;
+using KR::Math::Trajectory::KRTrajectoryPose2DComposed;
 using KR::Math::Trajectory::Limits;
 using KR::Math::Trajectory::TrajectoryFactory;
 
@@ -176,17 +178,22 @@ const char* const endColour = "#d62728";
 const char* const turnColour = "#ff7f0e";
 const char* const headingColour = "#8c8c8c";
 const char* const boundColour = "#9467bd";
+const char* const describedColour = "#555555";
 const char* const titleAttributes = R"(font-family="sans-serif" font-size="13" fill="#222")";
 const char* const noteAttributes = R"(font-family="sans-serif" font-size="11" fill="#555")";
 
 svg::Point at(const Pose2D& p) { return {static_cast<double>(p.x), static_cast<double>(p.y)}; }
 
-/// The points of a path, with every arc cut into pieces of at most
-/// `drawnTurn` so that it looks round.
+/// The points of a path, with every arc and clothoid cut into pieces that
+/// turn by at most `drawnTurn` so that it looks round.
 std::vector<svg::Point> pathPoints(const KRPath2D& path) {
   std::vector<svg::Point> points{at(path.startPose())};
   for (const auto& segment : path.segments()) {
-    const double turn = static_cast<double>(std::fabs(segment.curvature) * segment.length);
+    // The curvature is linear along a segment: its largest size is at an end.
+    const double length = static_cast<double>(segment.length);
+    const double curvature =
+        std::max(std::fabs(segment.curvatureAt(0.0)), std::fabs(segment.curvatureAt(length)));
+    const double turn = curvature * length;
     const int pieces = std::clamp(static_cast<int>(std::ceil(turn / drawnTurn)), 1, 4000);
     for (int i = pieces == 1 ? 0 : 1; i <= pieces; ++i) {
       points.push_back(
@@ -316,10 +323,64 @@ void drawSpeeds(svg::Document& document, double top, const std::vector<double>& 
   document.text({right - 260, top - 8}, "its bound, dotted", legend + boundColour + "\"");
 }
 
+/// The direct trajectories `trajectory` is made of: itself, or a composed
+/// one's pieces.
+std::vector<const KRDirectTrajectoryPose2D*> directPieces(const KRTrajectoryPose2D& trajectory) {
+  if (const auto* direct = dynamic_cast<const KRDirectTrajectoryPose2D*>(&trajectory)) {
+    return {direct};
+  }
+  std::vector<const KRDirectTrajectoryPose2D*> pieces;
+  if (const auto* composed = dynamic_cast<const KRTrajectoryPose2DComposed*>(&trajectory)) {
+    for (const auto& piece : composed->pieces()) {
+      pieces.push_back(piece.get());
+    }
+  }
+  return pieces;
+}
+
+/// The paths as described, one line per piece, when a blend made some
+/// piece drive another path; none when every piece drives its path as
+/// described (then the track shows it).
+std::vector<std::vector<svg::Point>> describedLines(const KRTrajectoryPose2D& trajectory) {
+  const std::vector<const KRDirectTrajectoryPose2D*> pieces = directPieces(trajectory);
+  const bool blended = std::any_of(pieces.begin(), pieces.end(), [](const auto* piece) {
+    return &piece->path() != &piece->describedPath();
+  });
+  if (!blended) {
+    return {};
+  }
+  std::vector<std::vector<svg::Point>> lines;
+  for (const KRDirectTrajectoryPose2D* piece : pieces) {
+    lines.push_back(pathPoints(piece->describedPath()));
+  }
+  return lines;
+}
+
+/// The paths as described, thin and dashed over the track, with a legend
+/// above the panel that tells them from the driven path.
+void drawDescribed(svg::Document& document, const svg::Panel& panel,
+                   const std::vector<std::vector<svg::Point>>& lines, float blend) {
+  for (const std::vector<svg::Point>& line : lines) {
+    std::vector<svg::Point> page;
+    for (const svg::Point& p : line) {
+      page.push_back(panel.toPage(p));
+    }
+    document.polyline(page, std::string("stroke=\"") + describedColour +
+                                R"(" stroke-width="1.2" stroke-dasharray="5 4")");
+  }
+  const std::string legend = R"(font-family="sans-serif" font-size="11" text-anchor="end" fill=")";
+  const double right = panel.left() + panel.width();
+  document.text({right, panel.top() - 8}, "path as described, dashed",
+                legend + describedColour + "\"");
+  document.text({right - 150, panel.top() - 8},
+                "path driven, blend tolerance " + number(blend) + " m", legend + pathColour + "\"");
+}
+
 /// The track of the trajectory with its heading at the printed sample
-/// times, and below it the speeds over time.
-std::string trajectoryPicture(const KR::KRValue& description,
-                              const KRTrajectoryPose2D& trajectory) {
+/// times (and the paths as described, when a blend of `blend` meters made
+/// it drive others), and below it the speeds over time.
+std::string trajectoryPicture(const KR::KRValue& description, const KRTrajectoryPose2D& trajectory,
+                              float blend) {
   const double duration = KR::Math::toSeconds(trajectory.duration());
   const std::vector<double> times = sampleTimes(duration, drawnIntervals);
   std::vector<Pose2DPosVelAcc> states;
@@ -333,7 +394,14 @@ std::string trajectoryPicture(const KR::KRValue& description,
   const Pose2D start = states.front().position;
   const Pose2D end = states.back().position;
 
-  const svg::Panel track = trackPanel(points, marginTop);
+  // The panel shows the paths as described too, with room above it for
+  // their legend.
+  const std::vector<std::vector<svg::Point>> described = describedLines(trajectory);
+  std::vector<svg::Point> shown = points;
+  for (const std::vector<svg::Point>& line : described) {
+    shown.insert(shown.end(), line.begin(), line.end());
+  }
+  const svg::Panel track = trackPanel(shown, marginTop + (described.empty() ? 0 : 16));
   const double speedTop = track.top() + track.height() + axisRoom + 16;
   svg::Document document(pageWidth, speedTop + speedPanelHeight + axisRoom);
   drawTitle(document, "trajectory", description,
@@ -341,6 +409,9 @@ std::string trajectoryPicture(const KR::KRValue& description,
                 " s; start pose in green, end pose in red, heading every eighth of the "
                 "duration in grey");
   drawTrack(document, track, points, start, end, {});
+  if (!described.empty()) {
+    drawDescribed(document, track, described, blend);
+  }
   const std::vector<double> headingTimes = sampleTimes(duration, printedIntervals);
   for (std::size_t i = 1; i + 1 < headingTimes.size(); ++i) {
     const Pose2D pose = trajectory.stateAt(headingTimes[i]).position;
@@ -408,8 +479,8 @@ std::string feedFactory(const KR::KRValue& description, const PathOptions& optio
   return "pieces added: " + std::to_string(factory.calls());
 }
 
-/// The trajectory builder of the reader --kind names, wrapped to the general
-/// type.
+/// The trajectory builder of the reader --kind names, every factory with the
+/// --blend tolerance, wrapped to the general type.
 boost::function<KRTrajectoryPose2D*(const Pose2DPosVelAcc&)> readTrajectoryBuilder(
     const KR::KRValue& description, const PathOptions& options, const RationalSeconds& period,
     const Limits& first, const Limits& second) {
@@ -418,20 +489,21 @@ boost::function<KRTrajectoryPose2D*(const Pose2DPosVelAcc&)> readTrajectoryBuild
   if (options.kind == "direct") {
     DirectTrajectoryPose2DBuilder direct;
     KR::ValueUtils::extractDirectTrajectoryPose2DBuilderFromKRValue(
-        description, options.name, period, first, second, options.fraction, direct);
+        description, options.name, period, first, second, options.fraction, options.blend, direct);
     builder = [direct](const Pose2DPosVelAcc& start) -> KRTrajectoryPose2D* {
       return direct(start);
     };
   } else if (options.kind == "composed") {
     TrajectoryPose2DComposedBuilder composed;
     KR::ValueUtils::extractTrajectoryPose2DComposedBuilderFromKRValue(
-        description, options.name, period, first, second, options.fraction, composed);
+        description, options.name, period, first, second, options.fraction, options.blend,
+        composed);
     builder = [composed](const Pose2DPosVelAcc& start) -> KRTrajectoryPose2D* {
       return composed(start);
     };
   } else {
     KR::ValueUtils::extractTrajectoryPose2DBuilderFromKRValue(
-        description, options.name, period, first, second, options.fraction, builder);
+        description, options.name, period, first, second, options.fraction, options.blend, builder);
   }
   return builder;
 }
@@ -465,7 +537,7 @@ std::string runTrajectory(const KR::KRValue& description, const PathOptions& opt
     throw std::runtime_error("the trajectory builder made no trajectory");
   }
   if (!options.svg.empty()) {
-    writeFile(options.svg, trajectoryPicture(description, *trajectory));
+    writeFile(options.svg, trajectoryPicture(description, *trajectory, options.blend));
   }
   return formatTrajectory(*trajectory);
 }

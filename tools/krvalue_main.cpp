@@ -9,8 +9,8 @@
 //   krvalue path 'DESCRIPTION' [--start X,Y,THETA] [--name NAME] [--svg FILE]
 //       [--direct] [--factory]
 //   krvalue trajectory 'DESCRIPTION' [--start X,Y,THETA] [--period SECONDS]
-//       [--limits V,A] [--second-limits V,A] [--fraction F] [--kind any|direct|composed]
-//       [--name NAME] [--svg FILE]
+//       [--limits V,A] [--second-limits V,A] [--fraction F] [--blend METRES]
+//       [--kind any|direct|composed] [--name NAME] [--svg FILE]
 //   krvalue --version
 //
 // VALUE and DESCRIPTION are the JSON text form of a KR::KRValue ("-" reads
@@ -478,6 +478,10 @@ void addTrajectoryOptions(CLI::App* command, PathOptions& options) {
       ->add_option("--second-limits", options.secondLimits, "rotation limits V,A (rad/s, rad/s^2)")
       ->capture_default_str();
   command->add_option("--fraction", options.fraction, "share of the limits used, in (0, 1]")
+      ->capture_default_str();
+  command
+      ->add_option("--blend", options.blend,
+                   "blend tolerance in meters: drive through joints on transitions within it")
       ->capture_default_str();
 }
 

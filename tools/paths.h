@@ -23,6 +23,7 @@ struct PathOptions {
   std::string limits = "0.5,0.5";        // --limits: translation V,A (m/s, m/s^2)
   std::string secondLimits = "1.0,1.0";  // --second-limits: rotation V,A (rad/s, rad/s^2)
   float fraction = 1.0f;                 // --fraction: share of the limits used, in (0, 1]
+  float blend = 0.0f;                    // --blend: blend tolerance in meters (0: none)
   std::string kind = "any";              // --kind: any, direct or composed
 };
 
@@ -33,8 +34,10 @@ struct PathOptions {
 /// failing piece show above the message).
 std::string runPath(const KR::KRValue& description, const PathOptions& options);
 
-/// Reads a trajectory description, builds it from rest at the start pose and
-/// returns its duration and sampled states; writes the picture when asked.
+/// Reads a trajectory description, every factory with the blend tolerance,
+/// builds it from rest at the start pose and returns its duration and
+/// sampled states; writes the picture when asked (with the paths as
+/// described beside the driven one when a blend changed them).
 std::string runTrajectory(const KR::KRValue& description, const PathOptions& options);
 
 }  // namespace krvaluetool

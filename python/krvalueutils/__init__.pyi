@@ -2,7 +2,7 @@
 and robot records."""
 
 from fractions import Fraction
-from typing import Any, Literal, Sequence, Union, overload
+from typing import Any, Literal, Optional, Sequence, Union, overload
 
 import numpy
 import numpy.typing
@@ -229,6 +229,12 @@ class Trajectory(metaclass=_pybind11_type):
         """The state `t` seconds after the start."""
     def sample(self, times: Union[Sequence[float], numpy.typing.NDArray[numpy.floating[Any]]]) -> _FloatArray:
         """The states at `times`, shape (N, 9)."""
+    @property
+    def path(self) -> Optional[Path]:
+        """The path driven, blends included; None for a composed trajectory."""
+    @property
+    def described_path(self) -> Optional[Path]:
+        """The path as described; None for a composed trajectory."""
 
 class PathBuilder(metaclass=_pybind11_type):
     """Makes a Path when called with a start pose."""
@@ -248,6 +254,7 @@ class _TrajectoryFactory(metaclass=_pybind11_type):
         second_limits: _LimitsLike,
         period: _Seconds,
         fraction_of_limits: float = 1.0,
+        blend_tolerance: float = 0.0,
     ) -> None: ...
     def add_line(self, end: Position2D) -> None: ...
     def add_circle(self, centre: Position2D, angle: float) -> None: ...
@@ -263,6 +270,9 @@ class _TrajectoryFactory(metaclass=_pybind11_type):
     def pieces(self) -> list[PathBuilder]: ...
     @property
     def period(self) -> Fraction: ...
+    #: Meters within which the trajectories built afterwards drive through the
+    #: joints of the path; 0 follows it exactly.
+    blend_tolerance: float
 
 class HolonomicTrajectoryFactory(_TrajectoryFactory):
     """Holonomic trajectories: translation limits first, rotation limits second."""
@@ -402,6 +412,7 @@ def extract_direct_trajectory_pose2d_builder_from_krvalue(
     first_limits: _LimitsLike,
     second_limits: _LimitsLike,
     factory_parameter: float,
+    blend_tolerance: float = 0.0,
 ) -> TrajectoryBuilder: ...
 def extract_trajectory_pose2d_composed_builder_from_krvalue(
     value: _ValueLike,
@@ -410,6 +421,7 @@ def extract_trajectory_pose2d_composed_builder_from_krvalue(
     first_limits: _LimitsLike,
     second_limits: _LimitsLike,
     factory_parameter: float,
+    blend_tolerance: float = 0.0,
 ) -> TrajectoryBuilder: ...
 def extract_trajectory_pose2d_builder_from_krvalue(
     value: _ValueLike,
@@ -418,4 +430,5 @@ def extract_trajectory_pose2d_builder_from_krvalue(
     first_limits: _LimitsLike,
     second_limits: _LimitsLike,
     factory_parameter: float,
+    blend_tolerance: float = 0.0,
 ) -> TrajectoryBuilder: ...

@@ -79,9 +79,11 @@ py::array_t<float> sampleTrajectory(const T::KRTrajectoryPose2D& trajectory,
   return toArray(states, 9);
 }
 
-/// What a path is: "Line, length 1 from Pose2D(...) to Pose2D(...)".
+/// What a path is: "Line, length 1 from Pose2D(...) to Pose2D(...)". A path
+/// of neither kind, the one a trajectory drives through blends, is told by
+/// its segments: "Driven of 7 segments, ...".
 std::string describePath(const T::KRPath2D& path) {
-  std::string kind = "Composed";
+  std::string kind = "Driven of " + std::to_string(path.segments().size()) + " segments";
   if (const auto* direct = dynamic_cast<const T::KRDirectPath2D*>(&path)) {
     switch (direct->kind()) {
       case T::KRDirectPath2D::Kind::Line:
@@ -95,7 +97,7 @@ std::string describePath(const T::KRPath2D& path) {
         break;
     }
   } else if (const auto* composed = dynamic_cast<const T::KRPath2DComposed*>(&path)) {
-    kind += " of " + std::to_string(composed->pieces().size()) + " pieces";
+    kind = "Composed of " + std::to_string(composed->pieces().size()) + " pieces";
   }
   return kind + ", length " + M::floatText(path.length()) + " from " + streamed(path.startPose()) +
          " to " + streamed(path.endPose());
@@ -120,6 +122,17 @@ std::string describeTrajectory(const T::KRTrajectoryPose2D& trajectory) {
 // The concrete factories are final, so Python owns and deletes them exactly.
 using Holonomic = T::HolonomicTrajectoryFactory;
 using NonHolonomic = T::NonHolonomicTrajectoryFactory;
+
+using Direct = T::KRDirectTrajectoryPose2D;
+
+/// A direct trajectory's path, `which` of its two; null (None) for a
+/// composed trajectory, which has one per piece. The path belongs to the
+/// trajectory, which the returned Path keeps alive.
+const T::KRPath2D* pathOf(const T::KRTrajectoryPose2D& trajectory,
+                          const T::KRPath2D& (Direct::*which)() const) {
+  const auto* direct = dynamic_cast<const Direct*>(&trajectory);
+  return direct == nullptr ? nullptr : &(direct->*which)();
+}
 
 /// The factory a feeding reader fills: either kind.
 T::TrajectoryFactory& toFactory(py::handle object) {
@@ -159,6 +172,15 @@ void bindObjects(py::module_& m) {
       .def("sample", &sampleTrajectory, py::arg("times"),
            "The states at `times` (seconds) as a float32 array (N, 9): position x, y, theta, "
            "then velocity, then acceleration.")
+      .def_property_readonly(
+          "path", [](const T::KRTrajectoryPose2D& t) { return pathOf(t, &Direct::path); },
+          "the path driven, with the transitions a blend tolerance made (None for a composed "
+          "trajectory)")
+      .def_property_readonly(
+          "described_path",
+          [](const T::KRTrajectoryPose2D& t) { return pathOf(t, &Direct::describedPath); },
+          "the path as described, the same as `path` without a blend (None for a composed "
+          "trajectory)")
       .def("__repr__", [](const T::KRTrajectoryPose2D& trajectory) {
         return "<krvalueutils.Trajectory " + describeTrajectory(trajectory) + ">";
       });
@@ -193,12 +215,15 @@ template <typename Factory>
 py::class_<Factory> bindFactory(py::module_& m, const char* name, const char* doc) {
   py::class_<Factory> cls(m, name, doc);
   cls.def(py::init([](const LimitsArgument& first, const LimitsArgument& second,
-                      const SecondsArgument& period, float fraction) {
-            return Factory(first.value, second.value, period.value, fraction);
+                      const SecondsArgument& period, float fraction, float blendTolerance) {
+            Factory factory(first.value, second.value, period.value, fraction);
+            factory.setBlendTolerance(blendTolerance);
+            return factory;
           }),
           py::arg("first_limits"), py::arg("second_limits"), py::arg("period"),
-          py::arg("fraction_of_limits") = 1.0f,
-          "Limits are Limits(...) or (velocity, acceleration); `period` a fractions.Fraction.")
+          py::arg("fraction_of_limits") = 1.0f, py::arg("blend_tolerance") = 0.0f,
+          "Limits are Limits(...) or (velocity, acceleration); `period` a fractions.Fraction; "
+          "`blend_tolerance` in meters (0: drive the path as described).")
       .def("add_line", &Factory::addLine, py::arg("end"), "Adds a straight line to `end`.")
       .def("add_circle", &Factory::addCircle, py::arg("centre"), py::arg("angle"),
            "Adds an arc about `centre` by `angle` radians.")
@@ -217,7 +242,11 @@ py::class_<Factory> bindFactory(py::module_& m, const char* name, const char* do
           "path builders of the pieces added so far, in order")
       .def_property_readonly(
           "period", [](const Factory& factory) { return toFraction(factory.period()); },
-          "the controller's tick, a fractions.Fraction of seconds");
+          "the controller's tick, a fractions.Fraction of seconds")
+      .def_property("blend_tolerance", &Factory::blendTolerance, &Factory::setBlendTolerance,
+                    "meters within which the trajectories built afterwards drive through the "
+                    "joints of the path on transitions; 0 follows it exactly; RuntimeError "
+                    "unless finite and not negative");
   return cls;
 }
 
@@ -246,28 +275,33 @@ void bindFactories(py::module_& m) {
 }
 
 /// The trajectory readers share their arguments: (value, name, period,
-/// first_limits, second_limits, factory_parameter) -> TrajectoryBuilder.
+/// first_limits, second_limits, factory_parameter, blend_tolerance=0) ->
+/// TrajectoryBuilder. They bind the form with a blend tolerance, which with 0
+/// is the form without one.
 template <typename Builder>
 void defTrajectoryReader(py::module_& m, const char* name,
                          void (*reader)(const KRValue&, const std::string&,
                                         const M::RationalSeconds&, const T::Limits&,
-                                        const T::Limits&, float, Builder&),
+                                        const T::Limits&, float, float, Builder&),
                          const char* doc) {
   m.def(
       name,
       [reader](const KRValue& value, const std::string& argument, const SecondsArgument& period,
-               const LimitsArgument& first, const LimitsArgument& second, float parameter) {
+               const LimitsArgument& first, const LimitsArgument& second, float parameter,
+               float blendTolerance) {
         const M::RationalSeconds& periodSeconds = period.value;
         const T::Limits& firstLimits = first.value;
         const T::Limits& secondLimits = second.value;
         Builder builder;
         located(value, argument, [&] {
-          reader(value, argument, periodSeconds, firstLimits, secondLimits, parameter, builder);
+          reader(value, argument, periodSeconds, firstLimits, secondLimits, parameter,
+                 blendTolerance, builder);
         });
         return TrajectoryBuilder{builder};
       },
       py::arg("value"), py::arg("name"), py::arg("period"), py::arg("first_limits"),
-      py::arg("second_limits"), py::arg("factory_parameter"), doc);
+      py::arg("second_limits"), py::arg("factory_parameter"), py::arg("blend_tolerance") = 0.0f,
+      doc);
 }
 
 void bindReaders(py::module_& m) {
@@ -314,15 +348,18 @@ void bindReaders(py::module_& m) {
 
   defTrajectoryReader(m, "extract_direct_trajectory_pose2d_builder_from_krvalue",
                       &VU::extractDirectTrajectoryPose2DBuilderFromKRValue,
-                      "A \"Holonomic\" or \"NonHolonomic\" description as a TrajectoryBuilder.");
+                      "A \"Holonomic\" or \"NonHolonomic\" description as a TrajectoryBuilder; "
+                      "its factory gets `blend_tolerance` (meters).");
   defTrajectoryReader(m, "extract_trajectory_pose2d_composed_builder_from_krvalue",
                       &VU::extractTrajectoryPose2DComposedBuilderFromKRValue,
-                      "A \"Composed\" trajectory description as a TrajectoryBuilder.");
+                      "A \"Composed\" trajectory description as a TrajectoryBuilder; every "
+                      "factory it makes gets `blend_tolerance` (meters).");
   defTrajectoryReader(
       m, "extract_trajectory_pose2d_builder_from_krvalue",
       &VU::extractTrajectoryPose2DBuilderFromKRValue,
       readerDoc("trajectory",
-                "A direct or composed trajectory description as a TrajectoryBuilder."));
+                "A direct or composed trajectory description as a TrajectoryBuilder; every "
+                "factory it makes gets `blend_tolerance` (meters)."));
 }
 
 }  // namespace

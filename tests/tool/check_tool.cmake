@@ -3,10 +3,12 @@
 # a file begins:
 #   cmake -DTOOL=<krvalue> -DARGUMENTS=<list> -DSTATUS=<n> -DOUTPUT=<regex>
 #         [-DERRORS=<regex>] [-DINPUT_FILE=<path>] [-DOUTPUT_FILE=<path>]
-#         [-DFILE=<path> -DFILE_START=<regex>] -P check_tool.cmake
+#         [-DFILE=<path> -DFILE_START=<regex> [-DFILE_MATCHES=<regex>]
+#          [-DFILE_LACKS=<regex>]] -P check_tool.cmake
 # INPUT_FILE is given as standard input; OUTPUT_FILE takes standard output
 # instead (such as /dev/full, to see a write fail), and OUTPUT is then not
-# checked. ctest's own PASS_REGULAR_EXPRESSION ignores the exit status, which
+# checked. FILE_MATCHES must match somewhere in the whole file, FILE_LACKS
+# nowhere. ctest's own PASS_REGULAR_EXPRESSION ignores the exit status, which
 # these checks need as well.
 if(DEFINED FILE)
   file(REMOVE "${FILE}")
@@ -43,5 +45,12 @@ if(DEFINED FILE)
   file(READ "${FILE}" start LIMIT 64)
   if(NOT start MATCHES "^(${FILE_START})")
     message(FATAL_ERROR "${FILE} begins with:\n${start}")
+  endif()
+  file(READ "${FILE}" whole)
+  if(DEFINED FILE_MATCHES AND NOT whole MATCHES "${FILE_MATCHES}")
+    message(FATAL_ERROR "${FILE} does not match '${FILE_MATCHES}'")
+  endif()
+  if(DEFINED FILE_LACKS AND whole MATCHES "${FILE_LACKS}")
+    message(FATAL_ERROR "${FILE} matches '${FILE_LACKS}': '${CMAKE_MATCH_0}'")
   endif()
 endif()

@@ -6,16 +6,24 @@ set(KR_CHECK_TOOL ${CMAKE_CURRENT_LIST_DIR}/check_tool.cmake)
 
 # kr_tool_check(<name> ARGUMENTS <args...> STATUS <n> [OUTPUT <regex>]
 #               [ERRORS <regex>] [INPUT <text>] [OUTPUT_FILE <path>]
-#               [FILE <path> FILE_START <regex>])
+#               [FILE <path> FILE_START <regex> [FILE_MATCHES <regex>]
+#                [FILE_LACKS <regex>]])
 # INPUT is given on standard input; OUTPUT_FILE takes standard output; FILE
-# is a file the tool writes, whose start must match FILE_START.
+# is a file the tool writes, whose start must match FILE_START; FILE_MATCHES
+# must match somewhere in it, FILE_LACKS nowhere.
 function(kr_tool_check name)
-  cmake_parse_arguments(ARG "" "STATUS;OUTPUT;ERRORS;INPUT;OUTPUT_FILE;FILE;FILE_START"
+  cmake_parse_arguments(ARG ""
+    "STATUS;OUTPUT;ERRORS;INPUT;OUTPUT_FILE;FILE;FILE_START;FILE_MATCHES;FILE_LACKS"
     "ARGUMENTS" ${ARGN})
   set(options)
   if(DEFINED ARG_FILE)
     list(APPEND options -DFILE=${ARG_FILE} "-DFILE_START=${ARG_FILE_START}")
   endif()
+  foreach(check FILE_MATCHES FILE_LACKS)
+    if(DEFINED ARG_${check})
+      list(APPEND options "-D${check}=${ARG_${check}}")
+    endif()
+  endforeach()
   if(DEFINED ARG_ERRORS)
     list(APPEND options "-DERRORS=${ARG_ERRORS}")
   endif()
@@ -163,6 +171,66 @@ kr_tool_check(krvalue_trajectory_bad_start
   ARGUMENTS trajectory "[\"NonHolonomic\", [\"Line\", [1.0, 0.0]], 0.0]" --start 1,2
   STATUS 2
   OUTPUT "^$")
+
+# --blend: the factories' tolerance. A value they refuse is the library's
+# failure, with its message; one that is no number is unusable input.
+set(line_arc_line "[\"Composed\", [\"Line\", [1, 0]], [\"Circle\", [0, 1], 1.5707964], [\"Line\", [1, 0]]]")
+kr_tool_check(krvalue_trajectory_blend_negative
+  ARGUMENTS trajectory "[\"NonHolonomic\", ${line_arc_line}, 0]" --blend -1
+  STATUS 1
+  OUTPUT "^$"
+  ERRORS "^A trajectory factory's blend tolerance must be finite and not negative, got -1\\.000000\\.\nkrvalue: at the whole value\n$")
+kr_tool_check(krvalue_trajectory_blend_nan
+  ARGUMENTS trajectory "[\"Composed\", [\"NonHolonomic\", ${line_arc_line}, 0]]" --blend nan
+  STATUS 1
+  OUTPUT "^$"
+  ERRORS "^A trajectory factory's blend tolerance must be finite and not negative, got nan\\.\n")
+kr_tool_check(krvalue_trajectory_blend_not_a_number
+  ARGUMENTS trajectory "[\"NonHolonomic\", ${line_arc_line}, 0]" --blend 1cm
+  STATUS 2
+  OUTPUT "^$")
+# Blended, the picture shows the path as described (dashed) over the driven
+# track, and says which is which; without a blend it has the track alone.
+kr_tool_check(krvalue_trajectory_blend_svg
+  ARGUMENTS trajectory "[\"NonHolonomic\", ${line_arc_line}, 0]" --blend 0.05
+    --svg ${CMAKE_CURRENT_BINARY_DIR}/krvalue_trajectory_blend.svg
+  STATUS 0
+  OUTPUT "^duration: "
+  FILE ${CMAKE_CURRENT_BINARY_DIR}/krvalue_trajectory_blend.svg
+  FILE_START "<\\?xml"
+  FILE_MATCHES "<polyline points=\"[^\"]+\" fill=\"none\" stroke=\"#1f77b4\" stroke-width=\"2\\.5\".*<polyline points=\"[^\"]+\" fill=\"none\" stroke=\"#555555\" stroke-width=\"1\\.2\" stroke-dasharray=\"5 4\"/>.*>path as described, dashed<.*>path driven, blend tolerance 0\\.05 m<")
+kr_tool_check(krvalue_trajectory_svg_without_blend
+  ARGUMENTS trajectory "[\"NonHolonomic\", ${line_arc_line}, 0]"
+    --svg ${CMAKE_CURRENT_BINARY_DIR}/krvalue_trajectory_exact.svg
+  STATUS 0
+  OUTPUT "^duration: "
+  FILE ${CMAKE_CURRENT_BINARY_DIR}/krvalue_trajectory_exact.svg
+  FILE_START "<\\?xml"
+  FILE_MATCHES "stroke=\"#1f77b4\" stroke-width=\"2\\.5\""
+  FILE_LACKS "#555555|described|blend")
+# A base facing along the path drives a line, an arc and a line faster
+# through blends, and elsewhere in between; it starts and ends where it did
+# without them. Any kind of reader gives the same; a tolerance of -0 is none.
+add_test(NAME krvalue_trajectory_blend_is_faster
+  COMMAND bash -c [=[
+    set -e
+    description="[\"NonHolonomic\", $1, 0]"
+    "$0" trajectory "$description" >"$2.exact"
+    "$0" trajectory "$description" --blend -0 | cmp - "$2.exact"
+    "$0" trajectory "$description" --blend 0.05 >"$2.blended"
+    "$0" trajectory "[\"Composed\", $description]" --kind composed --blend 0.05 \
+      | cmp - "$2.blended"
+    seconds() { sed -n '1s/^duration: \([0-9.]*\) s.*/\1/p' "$1"; }
+    exact=$(seconds "$2.exact") blended=$(seconds "$2.blended")
+    awk -v a="$blended" -v b="$exact" 'BEGIN { exit !(a > 0 && a < b) }' \
+      || { echo "blended $blended s, exact $exact s"; exit 1; }
+    positions() { sed -n 's/^t=[^:]*: position \(([^)]*)\).*/\1/p' "$1"; }
+    paste -d'|' <(positions "$2.exact") <(positions "$2.blended") | awk -F'|' '
+      NR == 1 || NR == 9 { if ($1 != $2) { print "sample " NR ": " $0; bad = 1 } }
+      NR > 1 && NR < 9 && $1 != $2 { moved++ }
+      END { if (!moved) print "no sample moved"; exit bad || !moved || NR != 9 }'
+  ]=] $<TARGET_FILE:krvalueutils_tool> "${line_arc_line}"
+    ${CMAKE_CURRENT_BINARY_DIR}/krvalue_trajectory_blend)
 
 # The schemas: one reader's, or all of them; never both, never an unknown one.
 kr_tool_check(krvalue_schema_of_a_reader

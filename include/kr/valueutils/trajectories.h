@@ -10,6 +10,18 @@
 // before the numbers. Messages are `name` followed directly by a fixed text,
 // as for paths. `builder` is replaced only on success; the geometry
 // library's own exceptions (limits, durations) pass through.
+//
+// Each function has a second form that takes a blend tolerance (meters)
+// after `factoryParameter`: every factory the description makes gets
+// setBlendTolerance(blendTolerance) as soon as it is made, before its path is
+// added, so that the trajectories drive through the joints of their paths on
+// transitions within that distance (see TrajectoryFactory::setBlendTolerance;
+// a trajectory's describedPath() is then the path as described). The first
+// form is the second with 0: the described path, driven exactly. A tolerance
+// that is not finite or is negative throws the factory's own message once the
+// first factory is made: after the type word and the size are checked and
+// after the factory has checked the limits and the period, before the path is
+// read. `builder` is then left as it was.
 #pragma once
 
 #include <kr/krvalue.h>
@@ -37,6 +49,14 @@ KRVALUEUTILS_API void extractDirectTrajectoryPose2DBuilderFromKRValue(
     boost::function<KR::Math::Trajectory::KRDirectTrajectoryPose2D*(
         const KR::Math::Pose2DPosVelAcc&)>& builder);
 
+/// As above, with every factory made with `blendTolerance`.
+KRVALUEUTILS_API void extractDirectTrajectoryPose2DBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const KR::Math::RationalSeconds& period,
+    const KR::Math::Trajectory::Limits& firstLimits,
+    const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter, float blendTolerance,
+    boost::function<KR::Math::Trajectory::KRDirectTrajectoryPose2D*(
+        const KR::Math::Pose2DPosVelAcc&)>& builder);
+
 /// Throws " Wrong TrajectoryPose2DComposed format" (element 0 not the string
 /// "Composed"), " Empty Composed TrajectoryPose2D" (no element after it), or
 /// the message of the first element that fails.
@@ -44,6 +64,14 @@ KRVALUEUTILS_API void extractTrajectoryPose2DComposedBuilderFromKRValue(
     const KR::KRValue& value, const std::string& name, const KR::Math::RationalSeconds& period,
     const KR::Math::Trajectory::Limits& firstLimits,
     const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter,
+    boost::function<KR::Math::Trajectory::KRTrajectoryPose2DComposed*(
+        const KR::Math::Pose2DPosVelAcc&)>& builder);
+
+/// As above, with every factory made with `blendTolerance`.
+KRVALUEUTILS_API void extractTrajectoryPose2DComposedBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const KR::Math::RationalSeconds& period,
+    const KR::Math::Trajectory::Limits& firstLimits,
+    const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter, float blendTolerance,
     boost::function<KR::Math::Trajectory::KRTrajectoryPose2DComposed*(
         const KR::Math::Pose2DPosVelAcc&)>& builder);
 
@@ -55,6 +83,14 @@ KRVALUEUTILS_API void extractTrajectoryPose2DBuilderFromKRValue(
     const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter,
     boost::function<KR::Math::Trajectory::KRTrajectoryPose2D*(
         const KR::Math::Pose2DPosVelAcc&)>& builder);
+
+/// As above, with every factory made with `blendTolerance`.
+KRVALUEUTILS_API void extractTrajectoryPose2DBuilderFromKRValue(
+    const KR::KRValue& value, const std::string& name, const KR::Math::RationalSeconds& period,
+    const KR::Math::Trajectory::Limits& firstLimits,
+    const KR::Math::Trajectory::Limits& secondLimits, float factoryParameter, float blendTolerance,
+    boost::function<KR::Math::Trajectory::KRTrajectoryPose2D*(const KR::Math::Pose2DPosVelAcc&)>&
+        builder);
 
 }  // namespace ValueUtils
 }  // namespace KR
