@@ -30,8 +30,8 @@ namespace {
 
 // The pieces of a transition, of equal length; the curvature is linear on
 // each, between knots.
-constexpr int kPieces = 8;
-constexpr int kInner = kPieces - 1;  // the knots that are solved for
+constexpr std::size_t kPieces = 8;
+constexpr std::size_t kInner = kPieces - 1;  // the knots that are solved for
 // Four-point Gauss-Legendre nodes and weights on [-1, 1], by pairs +-node,
 // over steps that each turn by at most kStepTurn (radians): the end pose to
 // a part in 1e10 of the length, far below what float coordinates keep.
@@ -46,7 +46,7 @@ constexpr double kMaxCorner = 3.0;
 constexpr double kAim = 0.8;
 constexpr int kAttempts = 6;
 // Points sampled along each clothoid to measure the deviation.
-constexpr int kSamplesPerClothoid = 4;
+constexpr std::size_t kSamplesPerClothoid = 4;
 
 struct PointD {
   double x;
@@ -87,13 +87,13 @@ double stepsOf(double k0, double k1, double q, double turn) {
 // piece's own two knots add to it, so the Jacobian costs a few sums per
 // node.
 Integrated integrate(const Knots& knots) {
-  const double q = knots.length / kPieces;
+  const double q = knots.length / static_cast<double>(kPieces);
   Integrated out{};
   std::array<double, kInner> dTheta{};  // d heading / d inner knot, at the piece's start
   double x = 0.0;
   double y = 0.0;
   double theta = 0.0;
-  for (int piece = 0; piece < kPieces; ++piece) {
+  for (std::size_t piece = 0; piece < kPieces; ++piece) {
     out.at[piece] = {x, y, theta};
     const double k0 = knots.k[piece];
     const double k1 = knots.k[piece + 1];
@@ -126,7 +126,7 @@ Integrated integrate(const Knots& knots) {
     x += sumC;
     y += sumS;
     // Inner knot `piece - 1` starts this piece, inner knot `piece` ends it.
-    for (int knot = 0; knot < kInner; ++knot) {
+    for (std::size_t knot = 0; knot < kInner; ++knot) {
       out.dx[knot] -= dTheta[knot] * sumS;
       out.dy[knot] += dTheta[knot] * sumC;
     }
@@ -151,18 +151,19 @@ Integrated integrate(const Knots& knots) {
 // at most: far finer than the deviation they measure.
 Samples samplesOf(const Knots& knots) {
   static const double kNode = 0.5773502691896258;  // 1 / sqrt(3)
-  const double q = knots.length / kPieces;
+  const double q = knots.length / static_cast<double>(kPieces);
   Samples out{};
   double x = 0.0;
   double y = 0.0;
   double theta = 0.0;
-  for (int piece = 0; piece < kPieces; ++piece) {
+  for (std::size_t piece = 0; piece < kPieces; ++piece) {
     const double k0 = knots.k[piece];
     const double k1 = knots.k[piece + 1];
-    const double perSample = stepsOf(k0, k1, q / kSamplesPerClothoid, 0.1);
-    const double h = q / (perSample * kSamplesPerClothoid);
+    const double samples = static_cast<double>(kSamplesPerClothoid);
+    const double perSample = stepsOf(k0, k1, q / samples, 0.1);
+    const double h = q / (perSample * samples);
     double t = 0.0;
-    for (int sample = 0; sample < kSamplesPerClothoid; ++sample) {
+    for (std::size_t sample = 0; sample < kSamplesPerClothoid; ++sample) {
       for (double i = 0.0; i < perSample; ++i, t += h) {
         for (const double side : {-1.0, 1.0}) {
           const double heading = headingAt(theta, k0, k1, q, t + 0.5 * h * (1.0 + side * kNode));
@@ -170,7 +171,7 @@ Samples samplesOf(const Knots& knots) {
           y += 0.5 * h * std::sin(heading);
         }
       }
-      out[static_cast<std::size_t>(piece * kSamplesPerClothoid + sample)] = {x, y};
+      out[piece * kSamplesPerClothoid + sample] = {x, y};
     }
     theta += 0.5 * q * (k0 + k1);
   }
@@ -221,14 +222,15 @@ bool solveLinear(std::array<std::array<double, N + 1>, N>& m, std::array<double,
 // `knots` holds the two end curvatures and the length on entry; false when
 // the steps do not converge.
 bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
-  const double q = knots.length / kPieces;
+  const double q = knots.length / static_cast<double>(kPieces);
   const double ka = knots.k[0];
   const double kb = knots.k[kPieces];
   // The ramp, shifted so that the heading already ends right: the end
   // heading grows by q per unit of each inner knot.
-  const double shift = (target.theta - 0.5 * q * kPieces * (ka + kb)) / (kInner * q);
-  for (int i = 1; i < kPieces; ++i) {
-    knots.k[i] = ka + (kb - ka) * i / kPieces + shift;
+  const double pieces = static_cast<double>(kPieces);
+  const double shift = (target.theta - 0.5 * q * pieces * (ka + kb)) / ((pieces - 1.0) * q);
+  for (std::size_t i = 1; i < kPieces; ++i) {
+    knots.k[i] = ka + (kb - ka) * static_cast<double>(i) / pieces + shift;
   }
   const double accuracy = 1e-10 * knots.length;
   constexpr std::size_t kUnknowns = kInner + 3;  // the knots' steps and 3 multipliers
@@ -241,7 +243,7 @@ bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
     // [A J^T; J 0] [step; multipliers] = [-gradient; r], A the second
     // differences of the knots (the Hessian of half the sum of squares).
     std::array<std::array<double, kUnknowns + 1>, kUnknowns> m{};
-    for (int i = 0; i < kInner; ++i) {
+    for (std::size_t i = 0; i < kInner; ++i) {
       m[i][i] = 2.0;
       if (i > 0) {
         m[i][i - 1] = -1.0;
@@ -257,7 +259,7 @@ bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
       m[kInner + 1][i] = now.dy[i];
       m[kInner + 2][i] = q;
     }
-    for (int row = 0; row < 3; ++row) {
+    for (std::size_t row = 0; row < 3; ++row) {
       m[kInner + row][kUnknowns] = r[row];
     }
     // Done when the end is met and the last step hardly changed the knots:
@@ -273,7 +275,7 @@ bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
       return false;
     }
     lastStep = 0.0;
-    for (int i = 0; i < kInner; ++i) {
+    for (std::size_t i = 0; i < kInner; ++i) {
       knots.k[i + 1] += step[i];
       lastStep = std::max(lastStep, std::fabs(step[i]));
       size = std::max(size, std::fabs(knots.k[i + 1]));
@@ -330,7 +332,7 @@ double deviationOf(const Knots& knots, const Piece& tail, const Piece& head) {
   for (const double k : knots.k) {
     curvature = std::max(curvature, std::fabs(k));
   }
-  const double step = knots.length / (kPieces * kSamplesPerClothoid);
+  const double step = knots.length / static_cast<double>(kPieces * kSamplesPerClothoid);
   return largest + step * step / 8.0 * 2.0 * curvature;
 }
 
@@ -396,8 +398,8 @@ bool transitionOf(const Segment2D& a, const Segment2D& b, double half, Transitio
   out.head =
       pieceOf({bx * c + by * s, by * c - bx * s, static_cast<double>(b.start.theta) - from.theta},
               b.curvatureAt(0.0), half);
-  const double q = knots.length / kPieces;
-  for (int i = 0; i < kPieces; ++i) {
+  const double q = knots.length / static_cast<double>(kPieces);
+  for (std::size_t i = 0; i < kPieces; ++i) {
     const PoseD& p = path.at[i];
     Segment2D& clothoid = out.clothoids[i];
     clothoid.start = toPose2D({from.x + p.x * c - p.y * s, from.y + p.x * s + p.y * c,
