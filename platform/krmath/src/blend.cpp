@@ -106,14 +106,17 @@ Integrated integrate(const Knots& knots) {
     double endC = 0.0;  // ... times d heading / d k1 within the piece
     double endS = 0.0;
     for (double i = 0.0; i < steps; ++i) {
+      // The nodes' directions from the one at the step's middle.
+      const double middle = headingAt(theta, k0, k1, q, (i + 0.5) * h);
+      const Direction base = directionOf(middle);
       for (int j = 0; j < 2; ++j) {
         for (const double side : {-1.0, 1.0}) {
           const double t = (i + 0.5) * h + side * 0.5 * h * kNodes[j];
           const double ramp = t * t / (2.0 * q);  // d heading / d k1 at t
           const double w = 0.5 * h * kWeights[j];
-          const double heading = headingAt(theta, k0, k1, q, t);
-          const double c = w * std::cos(heading);
-          const double s = w * std::sin(heading);
+          const Direction d = turnedBy(base, headingAt(theta, k0, k1, q, t) - middle);
+          const double c = w * d.cos;
+          const double s = w * d.sin;
           sumC += c;
           sumS += s;
           startC += c * (t - ramp);
@@ -162,13 +165,23 @@ Samples samplesOf(const Knots& knots) {
     const double samples = static_cast<double>(kSamplesPerClothoid);
     const double perSample = stepsOf(k0, k1, q / samples, 0.1);
     const double h = q / (perSample * samples);
+    // The nodes' directions from the one at the middle of the piece or, on
+    // a piece turning further than half a radian, of the step.
+    const bool gentle = (std::fabs(k0) + std::fabs(k1)) * q <= 0.5;
+    double middle = headingAt(theta, k0, k1, q, 0.5 * q);
+    Direction base = directionOf(middle);
     double t = 0.0;
     for (std::size_t sample = 0; sample < kSamplesPerClothoid; ++sample) {
       for (double i = 0.0; i < perSample; ++i, t += h) {
+        if (!gentle) {
+          middle = headingAt(theta, k0, k1, q, t + 0.5 * h);
+          base = directionOf(middle);
+        }
         for (const double side : {-1.0, 1.0}) {
-          const double heading = headingAt(theta, k0, k1, q, t + 0.5 * h * (1.0 + side * kNode));
-          x += 0.5 * h * std::cos(heading);
-          y += 0.5 * h * std::sin(heading);
+          const Direction d = turnedBy(
+              base, headingAt(theta, k0, k1, q, t + 0.5 * h * (1.0 + side * kNode)) - middle);
+          x += 0.5 * h * d.cos;
+          y += 0.5 * h * d.sin;
         }
       }
       out[piece * kSamplesPerClothoid + sample] = {x, y};
@@ -525,7 +538,7 @@ Segment2D partOf(const Segment2D& segment, double from, double to) {
 std::vector<Segment2D> blendedSegments(const std::vector<Segment2D>& described, double tolerance,
                                        const BlendLimits& limits) {
   std::vector<Segment2D> driven;
-  driven.reserve(described.size() * (kPieces + 1));
+  driven.reserve(3 * described.size());
   // Segment i runs from the transition before it (reaching `from` into it)
   // to the one after it, which is found first.
   double from = 0.0;

@@ -61,12 +61,14 @@ PoseD clothoidPoseAt(const Segment2D& segment, double s) {
   double y = 0.0;
   for (double i = 0.0; i < steps; ++i) {
     const double middle = (i + 0.5) * h;
+    const double atMiddle = middle * (k + 0.5 * c * middle);
+    const Direction base = directionOf(theta + atMiddle);
     for (int j = 0; j < 3; ++j) {
       for (const double side : {-1.0, 1.0}) {
         const double u = middle + side * 0.5 * h * kNodes[j];
-        const double heading = theta + u * (k + 0.5 * c * u);
-        x += kWeights[j] * std::cos(heading);
-        y += kWeights[j] * std::sin(heading);
+        const Direction d = turnedBy(base, u * (k + 0.5 * c * u) - atMiddle);
+        x += kWeights[j] * d.cos;
+        y += kWeights[j] * d.sin;
       }
     }
   }

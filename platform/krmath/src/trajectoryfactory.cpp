@@ -241,15 +241,14 @@ std::vector<JumpZone> jumpZones(const std::vector<SpeedSpan>& segments,
   return zones;
 }
 
-// The spans of a run (one per segment, with their signed curvatures) with
-// its jump zones cut out of them: every segment boundary and zone edge starts
-// a span, capped by every zone that covers it.
-std::vector<SpeedSpan> withJumpZones(const std::vector<SpeedSpan>& segments,
-                                     const std::vector<CurvatureRun>& curvatures,
-                                     const MotionSettings& settings) {
+// Cuts the jump zones out of the spans of a run (given with their
+// curvatures): every span boundary and zone edge starts a span, capped by
+// every zone that covers it. Without a zone the spans stay as they are.
+void cutJumpZones(std::vector<SpeedSpan>& segments, const std::vector<CurvatureRun>& curvatures,
+                  const MotionSettings& settings) {
   const std::vector<JumpZone> zones = jumpZones(segments, curvatures, settings);
   if (zones.empty()) {
-    return segments;
+    return;
   }
   std::vector<SpeedSpan> spans;
   spans.reserve(segments.size() + 2 * zones.size());
@@ -292,7 +291,7 @@ std::vector<SpeedSpan> withJumpZones(const std::vector<SpeedSpan>& segments,
     }
     start = end;
   }
-  return spans;
+  segments.swap(spans);
 }
 
 // The start speed along `direction`, the path's first direction of travel.
@@ -409,8 +408,12 @@ class PhasePlanner {
     if (run_.segmentCount == 0) {
       return;
     }
-    const std::vector<SpeedSpan> spans =
-        turnsWithPath_ ? withJumpZones(spans_, curvatures_, settings_) : spans_;
+    if (turnsWithPath_) {
+      cutJumpZones(spans_, curvatures_, settings_);
+    }
+    const std::vector<SpeedSpan>& spans = spans_;
+    run_.spanStarts.reserve(spans.size());
+    run_.speedBounds.reserve(spans.size());
     double start = 0.0;
     for (const SpeedSpan& span : spans) {
       run_.spanStarts.push_back(start);
