@@ -47,6 +47,7 @@ const float kFractions[] = {1.0f, 0.5f, 0.25f, 1e-3f, 0.0f, -0.5f, 1.5f, kNaN, k
 const float kStartValues[] = {0.0f, 1.0f, -2.5f, 0.5f, 3.1415927f, 100.0f, 1e6f, 1e30f,
                               -0.0f, kNaN, kInf};
 const float kVelocities[] = {0.0f, 1.0f, -3.0f, kNaN};
+const float kBlends[] = {0.0f, 0.01f, 1e-4f, 0.3f, 1e-30f, 1e30f, -0.0f, -1.0f, kNaN, kInf};
 const int kPeriods[][2] = {{1, 100}, {1, 1000}, {1, 3}, {1, 1}, {1, 50}, {0, 1}, {-1, 100}};
 
 struct Options {
@@ -54,6 +55,7 @@ struct Options {
   Limits second{1.0f, 1.0f};
   RationalSeconds period;
   float fraction = 1.0f;
+  float blend = 0.0f;
   Pose2DPosVelAcc start;
 };
 
@@ -66,6 +68,7 @@ Options readOptions(FuzzedDataProvider& data) {
   const auto& period = kPeriods[data.ConsumeIntegralInRange<std::size_t>(0, 6)];
   options.period = RationalSeconds(boost::rational<int>(period[0], period[1]));
   options.fraction = data.PickValueInArray(kFractions);
+  options.blend = data.PickValueInArray(kBlends);
   options.start.position.x = data.PickValueInArray(kStartValues);
   options.start.position.y = data.PickValueInArray(kStartValues);
   options.start.position.theta = data.PickValueInArray(kStartValues);
@@ -136,24 +139,27 @@ void checkPaths(const KR::KRValue& value, const Options& options) {
 
 void checkTrajectories(const KR::KRValue& value, const Options& options) {
   const auto& o = options;
-  checkBuilder(directBefore,
-               [&](auto& b) {
-                 extractDirectTrajectoryPose2DBuilderFromKRValue(value, kName, o.period, o.first,
-                                                                 o.second, o.fraction, b);
-               },
-               o.start, queryTrajectory);
-  checkBuilder(composedBefore,
-               [&](auto& b) {
-                 extractTrajectoryPose2DComposedBuilderFromKRValue(value, kName, o.period, o.first,
-                                                                   o.second, o.fraction, b);
-               },
-               o.start, queryTrajectory);
-  checkBuilder(trajectoryBefore,
-               [&](auto& b) {
-                 extractTrajectoryPose2DBuilderFromKRValue(value, kName, o.period, o.first,
-                                                           o.second, o.fraction, b);
-               },
-               o.start, queryTrajectory);
+  checkBuilder(
+      directBefore,
+      [&](auto& b) {
+        extractDirectTrajectoryPose2DBuilderFromKRValue(value, kName, o.period, o.first, o.second,
+                                                        o.fraction, o.blend, b);
+      },
+      o.start, queryTrajectory);
+  checkBuilder(
+      composedBefore,
+      [&](auto& b) {
+        extractTrajectoryPose2DComposedBuilderFromKRValue(value, kName, o.period, o.first, o.second,
+                                                          o.fraction, o.blend, b);
+      },
+      o.start, queryTrajectory);
+  checkBuilder(
+      trajectoryBefore,
+      [&](auto& b) {
+        extractTrajectoryPose2DBuilderFromKRValue(value, kName, o.period, o.first, o.second,
+                                                  o.fraction, o.blend, b);
+      },
+      o.start, queryTrajectory);
 }
 
 }  // namespace
