@@ -38,6 +38,8 @@ constexpr std::size_t kInner = kPieces - 1;  // the knots that are solved for
 constexpr double kNodes[2] = {0.3399810435848563, 0.8611363115940526};
 constexpr double kWeights[2] = {0.6521451548625461, 0.3478548451374538};
 constexpr double kStepTurn = 0.25;
+// A piece of a transition may turn by at most this (radians).
+constexpr double kMaxPieceTurn = 4.0;
 // The largest turn of a corner that is blended: near a half turn a
 // transition within any tolerance would need a curvature without bound.
 constexpr double kMaxCorner = 3.0;
@@ -191,6 +193,20 @@ Samples samplesOf(const Knots& knots) {
   return out;
 }
 
+// Whether every piece of a transition turns by at most kMaxPieceTurn (its
+// curvatures finite): the others are no transition a base could drive, and
+// would take ever more steps to integrate.
+bool tame(const Knots& knots) {
+  const double q = knots.length / static_cast<double>(kPieces);
+  for (std::size_t piece = 0; piece < kPieces; ++piece) {
+    const double turn = (std::fabs(knots.k[piece]) + std::fabs(knots.k[piece + 1])) * q;
+    if (!(turn <= kMaxPieceTurn)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 // Solves the square system m v = r (m's last column is r) by Gaussian
 // elimination with partial pivoting; false when it is singular.
 template <std::size_t N>
@@ -250,6 +266,9 @@ bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
   double lastStep = std::numeric_limits<double>::infinity();
   double size = std::max(std::fabs(ka), std::fabs(kb));
   for (int iteration = 0; iteration < 30; ++iteration) {
+    if (!tame(knots)) {
+      return false;
+    }
     const Integrated now = integrate(knots);
     const std::array<double, 3> r{target.x - now.at[kPieces].x, target.y - now.at[kPieces].y,
                                   target.theta - now.at[kPieces].theta};

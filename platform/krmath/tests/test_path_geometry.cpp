@@ -732,6 +732,62 @@ TEST(TrajectoryBlend, ACentimetreKeepsTheSpeedThroughTangentJoints) {
   EXPECT_LT(durationWith(0.001f), exact);
 }
 
+// Joints far outside what the property test draws: corners up to a half
+// turn, radii from 1 um to 1 km, pieces from 1 um to 10 km, tolerances from
+// 1 nm to 100 m, far from the origin. Every motion is built (a transition
+// that cannot be solved is left out, never looped on), ends exactly at the
+// described end and stays within the tolerance where it was sampled.
+TEST(TrajectoryBlend, ExtremeJointsAreBlendedOrLeftAsTheyAre) {
+  std::mt19937 random(97);
+  auto logUniform = [&](double low, double high) {
+    return static_cast<float>(
+        std::exp(std::uniform_real_distribution<double>(std::log(low), std::log(high))(random)));
+  };
+  auto sign = [&] { return random() % 2 ? 1.0f : -1.0f; };
+  int blended = 0;  // clothoid segments driven
+  for (int n = 0; n < 300; ++n) {
+    const float tolerance = logUniform(1e-9, 100);
+    const float turn =
+        sign() * static_cast<float>(std::uniform_real_distribution<double>(0, kPi)(random));
+    const float length = logUniform(1e-6, 1e4);
+    const float radius = logUniform(1e-6, 1e3);
+    const Pose2D start(sign() * logUniform(1e-3, 1e5), sign() * logUniform(1e-3, 1e5), turn);
+    SCOPED_TRACE("case " + std::to_string(n));
+    for (const bool facing : {true, false}) {
+      std::unique_ptr<KRDirectTrajectoryPose2D> t;
+      auto add = [&](TrajectoryFactory& f) {
+        f.setBlendTolerance(tolerance);
+        f.addLine({length, 0});
+        f.addLine({length * std::cos(turn), length * std::sin(turn)});
+        f.addCircle({0, sign() * radius}, turn);
+        f.addLine({length, 0});
+      };
+      if (facing) {
+        NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+        add(factory);
+        t.reset(factory.getTrajectoryBuilder(kFastest)(at(start)));
+      } else {
+        HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+        add(factory);
+        t.reset(factory.getTrajectoryBuilder(0.0f, kFastest)(at(start)));
+      }
+      const Pose2D end = t->describedPath().endPose();
+      const Pose2D reached = t->stateAt(toSeconds(t->duration())).position;
+      EXPECT_EQ(reached.x, end.x);
+      EXPECT_EQ(reached.y, end.y);
+      for (const Segment2D& segment : t->path().segments()) {
+        blended += segment.sharpness != 0.0f;
+        const Pose2D p = segment.endPose();
+        const double x = static_cast<double>(p.x);
+        const double y = static_cast<double>(p.y);
+        EXPECT_LE(distanceToPath(t->describedPath(), x, y),
+                  static_cast<double>(tolerance) + 4e-6 * (1 + std::fabs(x) + std::fabs(y)));
+      }
+    }
+  }
+  EXPECT_GT(blended, 100);  // clothoids: many joints were blended
+}
+
 TEST(TrajectoryBlend, AToleranceMustBeFiniteAndNotNegative) {
   NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
   factory.setBlendTolerance(0.25f);
