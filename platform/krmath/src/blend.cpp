@@ -8,12 +8,13 @@
 #include <utility>
 
 #include "pathgeometry.h"
+#include "trajectoryphase.h"
 
 // A transition replaces the described path about a joint, from arc length h
-// before it to h after it, by six clothoids of equal length whose
+// before it to h after it, by eight clothoids of equal length whose
 // curvature is continuous: it starts at the curvature of the segment it
 // leaves, ends at the one of the segment it joins, and is linear between
-// seven knots. The five inner knots are chosen so that the transition ends
+// nine knots. The seven inner knots are chosen so that the transition ends
 // on the described pose h after the joint (x, y and heading) with the least
 // sum of squared steps of curvature between knots; its length is the one
 // of a circular arc through both ends. The larger h, the gentler the change
@@ -385,14 +386,6 @@ double cruiseSpeed(double k, double c, const BlendLimits& limits) {
   return speed;
 }
 
-// Time to turn `angle` on the spot from rest to rest.
-double turnTime(double angle, double rate, double acceleration) {
-  if (angle <= rate * rate / acceleration) {
-    return 2.0 * std::sqrt(angle / acceleration);
-  }
-  return angle / rate + rate / acceleration;
-}
-
 // A joint's transition: how far it reaches on each side of the joint, and
 // its clothoids.
 struct Transition {
@@ -482,7 +475,8 @@ bool quickerThanStopping(const Segment2D& a, const Segment2D& b, double turn, co
                           (around - through) * (around - through) / (acceleration * around);
   double stopping = around / acceleration;
   if (limits.turnsWithPath) {
-    stopping += turnTime(std::fabs(turn), limits.angularSpeed, limits.angularAcceleration);
+    stopping +=
+        profileDuration(planTurn(turn, 0.0, limits.angularSpeed, limits.angularAcceleration));
   }
   return crawling < stopping;
 }
@@ -502,8 +496,10 @@ Transition blendJoint(const Segment2D& a, const Segment2D& b, double longest, do
   const double turn = std::remainder(rawTurn, 2.0 * kPi);
   const double jump = std::fabs(kb - ka);
   const double eps = static_cast<double>(FLT_EPSILON);
-  const bool smooth = jump <= 8.0 * eps * (std::fabs(ka) + std::fabs(kb)) &&
-                      std::fabs(turn) <= 8.0 * eps * (1.0 + std::fabs(static_cast<double>(b.start.theta)));
+  // Jumps within a few float roundings are none.
+  const bool corner =
+      std::fabs(turn) > 8.0 * eps * (1.0 + std::fabs(static_cast<double>(b.start.theta)));
+  const bool smooth = !corner && jump <= 8.0 * eps * (std::fabs(ka) + std::fabs(kb));
   if (smooth || std::fabs(turn) > kMaxCorner || std::fabs(rawTurn - turn) > 1e-3) {
     return {};
   }
@@ -532,7 +528,6 @@ Transition blendJoint(const Segment2D& a, const Segment2D& b, double longest, do
     }
     const double deviation = deviationOf(t.knots, t.tail, t.head);
     if (deviation <= tolerance) {
-      const bool corner = std::fabs(turn) > 8.0 * eps * (1.0 + std::fabs(static_cast<double>(b.start.theta)));
       if (corner && !quickerThanStopping(a, b, turn, t, limits)) {
         return {};
       }

@@ -12,7 +12,7 @@ namespace Trajectory {
 
 /// The segments of `described` (a chain of lines and arcs) with each joint
 /// where the curvature jumps or the direction turns a corner replaced, where
-/// it can be, by a transition of six clothoids: from a point of the
+/// it can be, by a transition of eight clothoids: from a point of the
 /// segment before the joint to one of the segment after it, with the
 /// curvature continuous and piecewise linear in arc length, ending exactly
 /// on the pose and curvature of the described segment it rejoins. Every
