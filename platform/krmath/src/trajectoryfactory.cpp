@@ -131,7 +131,7 @@ bool curvatureJumps(const CurvatureRun& before, const CurvatureRun& after) {
 // base turning with the path also keeps its turning rate k v and its
 // angular acceleration within the rotation limits. On an arc that
 // acceleration is k a; on a clothoid of sharpness c it is c v^2 + k a, and
-// each part gets half of the limit.
+// c v^2 gets kSharpnessShare of the limit, k a the rest.
 SpeedSpan spanOf(double length, const CurvatureRun& run, const MotionSettings& settings,
                  bool turnsWithPath) {
   SpeedSpan span;
