@@ -47,6 +47,9 @@ constexpr double kMaxCorner = 3.0;
 // How far from the described segments a transition is aimed (a share of the
 // tolerance), and how many lengths are tried before a joint is left as it is.
 constexpr double kAim = 0.8;
+// A transition straying less than this share of the tolerance is tried
+// longer once.
+constexpr double kGrow = 0.6;
 constexpr int kAttempts = 6;
 // Points sampled along each clothoid to measure the deviation.
 constexpr std::size_t kSamplesPerClothoid = 4;
@@ -520,22 +523,38 @@ Transition blendJoint(const Segment2D& a, const Segment2D& b, double longest, do
   if (turn != 0.0) {
     half = std::min(half, 4.0 * kAim * tolerance / std::fabs(turn));
   }
+  // Shrink until the tolerance holds; a transition well within it that the
+  // pieces leave room for grows once, and the longest within it is kept.
+  Transition kept;
+  bool grown = false;
   for (int attempt = 0; attempt < kAttempts && half >= shortest; ++attempt) {
     Transition t;
     if (!transitionOf(a, b, half, t)) {
+      if (kept.half > 0.0) {
+        break;
+      }
       half *= 0.5;
       continue;
     }
     const double deviation = deviationOf(t.knots, t.tail, t.head);
-    if (deviation <= tolerance) {
-      if (corner && !quickerThanStopping(a, b, turn, t, limits)) {
-        return {};
+    if (deviation > tolerance) {
+      if (kept.half > 0.0) {
+        break;
       }
-      return t;
+      half *= std::max(0.2, std::min(0.9, kAim * tolerance / deviation));
+      continue;
     }
-    half *= std::max(0.2, std::min(0.9, kAim * tolerance / deviation));
+    kept = t;
+    if (grown || deviation >= kGrow * tolerance || half >= 0.99 * longest) {
+      break;
+    }
+    grown = true;
+    half = std::min(longest, half * std::min(2.0, std::sqrt(kAim * tolerance / deviation)));
   }
-  return {};
+  if (kept.half > 0.0 && corner && !quickerThanStopping(a, b, turn, kept, limits)) {
+    return {};
+  }
+  return kept;
 }
 
 // The part of `segment` from `from` to `to` (arc lengths along it).

@@ -591,7 +591,7 @@ void expectWithinTolerance(const KRDirectTrajectoryPose2D& t, double tolerance) 
     const Pose2D p = t.stateAt(time).position;
     const double x = static_cast<double>(p.x);
     const double y = static_cast<double>(p.y);
-    const double slack = 4e-6 * (1 + std::fabs(x) + std::fabs(y));
+    const double slack = 1e-6 * (1 + std::fabs(x) + std::fabs(y));
     const double d = distanceToPath(t.describedPath(), x, y);
     if (!(d <= tolerance + slack)) {
       ++bad;
@@ -747,8 +747,8 @@ TEST(TrajectoryBlend, ExtremeJointsAreBlendedOrLeftAsTheyAre) {
   int blended = 0;  // clothoid segments driven
   for (int n = 0; n < 300; ++n) {
     const float tolerance = logUniform(1e-9, 100);
-    const float turn =
-        sign() * static_cast<float>(std::uniform_real_distribution<double>(0, kPi)(random));
+    const float turn = sign() * static_cast<float>(std::uniform_real_distribution<double>(
+                                    0, static_cast<double>(kPi))(random));
     const float length = logUniform(1e-6, 1e4);
     const float radius = logUniform(1e-6, 1e3);
     const Pose2D start(sign() * logUniform(1e-3, 1e5), sign() * logUniform(1e-3, 1e5), turn);
@@ -777,15 +777,44 @@ TEST(TrajectoryBlend, ExtremeJointsAreBlendedOrLeftAsTheyAre) {
       EXPECT_EQ(reached.y, end.y);
       for (const Segment2D& segment : t->path().segments()) {
         blended += segment.sharpness != 0.0f;
-        const Pose2D p = segment.endPose();
-        const double x = static_cast<double>(p.x);
-        const double y = static_cast<double>(p.y);
-        EXPECT_LE(distanceToPath(t->describedPath(), x, y),
-                  static_cast<double>(tolerance) + 4e-6 * (1 + std::fabs(x) + std::fabs(y)));
+        for (const float share : {0.25f, 0.5f, 0.75f, 1.0f}) {
+          const Pose2D p = segment.poseAt(share * segment.length);
+          const double x = static_cast<double>(p.x);
+          const double y = static_cast<double>(p.y);
+          EXPECT_LE(distanceToPath(t->describedPath(), x, y),
+                    static_cast<double>(tolerance) + 1e-6 * (1 + std::fabs(x) + std::fabs(y)));
+        }
       }
     }
   }
   EXPECT_GT(blended, 100);  // clothoids: many joints were blended
+}
+
+// Square corners: a wheeled base would crawl round them on a transition
+// within 1 cm far longer than it takes to stop and turn, so it stops; a
+// holonomic base drives round them within 10 cm faster than it stops.
+TEST(TrajectoryBlend, ACornerIsBlendedOnlyWhereThatIsQuicker) {
+  auto seconds = [](bool facing, float tolerance) {
+    std::unique_ptr<KRDirectTrajectoryPose2D> t;
+    auto add = [&](TrajectoryFactory& f) {
+      f.setBlendTolerance(tolerance);
+      f.addLine({1, 0});
+      f.addLine({0, 1});
+      f.addLine({0, 1});
+    };
+    if (facing) {
+      NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+      add(factory);
+      t.reset(factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
+    } else {
+      HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
+      add(factory);
+      t.reset(factory.getTrajectoryBuilder(0.0f, kFastest)(Pose2DPosVelAcc()));
+    }
+    return toSeconds(t->duration());
+  };
+  EXPECT_EQ(seconds(true, 0.01f), seconds(true, 0.0f));
+  EXPECT_LT(seconds(false, 0.1f), seconds(false, 0.0f) - 0.5);
 }
 
 TEST(TrajectoryBlend, AToleranceMustBeFiniteAndNotNegative) {
