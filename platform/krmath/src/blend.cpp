@@ -1,5 +1,7 @@
 #include "blend.h"
 
+#include <Eigen/Dense>
+
 #include <algorithm>
 #include <array>
 #include <cfloat>
@@ -211,41 +213,14 @@ bool tame(const Knots& knots) {
   return true;
 }
 
-// Solves the square system m v = r (m's last column is r) by Gaussian
-// elimination with partial pivoting; false when it is singular.
-template <std::size_t N>
-bool solveLinear(std::array<std::array<double, N + 1>, N>& m, std::array<double, N>& v) {
-  for (std::size_t col = 0; col < N; ++col) {
-    std::size_t pivot = col;
-    for (std::size_t row = col + 1; row < N; ++row) {
-      if (std::fabs(m[row][col]) > std::fabs(m[pivot][col])) {
-        pivot = row;
-      }
-    }
-    if (!(std::fabs(m[pivot][col]) > 0.0)) {
-      return false;
-    }
-    std::swap(m[col], m[pivot]);
-    for (std::size_t row = col + 1; row < N; ++row) {
-      const double f = m[row][col] / m[col][col];
-      for (std::size_t c = col; c <= N; ++c) {
-        m[row][c] -= f * m[col][c];
-      }
-    }
-  }
-  for (std::size_t row = N; row-- > 0;) {
-    double sum = m[row][N];
-    for (std::size_t c = row + 1; c < N; ++c) {
-      sum -= m[row][c] * v[c];
-    }
-    v[row] = sum / m[row][row];
-  }
-  for (const double value : v) {
-    if (!std::isfinite(value)) {
-      return false;
-    }
-  }
-  return true;
+// (A^-1)_ij for A the second differences of the inner knots (2 on the
+// diagonal, -1 beside it), the Hessian of half the sum of squared steps:
+// min(i, j) (n + 1 - max(i, j)) / (n + 1), counting from 1.
+double inverseSecondDifference(std::size_t i, std::size_t j) {
+  const double low = static_cast<double>(std::min(i, j) + 1);
+  const double high = static_cast<double>(std::max(i, j) + 1);
+  const double n = static_cast<double>(kInner);
+  return low * (n + 1.0 - high) / (n + 1.0);
 }
 
 // The inner knots that take a transition from (0, 0, 0) to `target` with
@@ -258,15 +233,17 @@ bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
   const double q = knots.length / static_cast<double>(kPieces);
   const double ka = knots.k[0];
   const double kb = knots.k[kPieces];
-  // The ramp, shifted so that the heading already ends right: the end
-  // heading grows by q per unit of each inner knot.
+  // The linear ramp, the unconstrained minimum; the first knots are it
+  // shifted so that the heading already ends right (the end heading grows
+  // by q per unit of each inner knot).
   const double pieces = static_cast<double>(kPieces);
   const double shift = (target.theta - 0.5 * q * pieces * (ka + kb)) / ((pieces - 1.0) * q);
-  for (std::size_t i = 1; i < kPieces; ++i) {
-    knots.k[i] = ka + (kb - ka) * static_cast<double>(i) / pieces + shift;
+  std::array<double, kInner> ramp{};
+  for (std::size_t i = 0; i < kInner; ++i) {
+    ramp[i] = ka + (kb - ka) * static_cast<double>(i + 1) / pieces;
+    knots.k[i + 1] = ramp[i] + shift;
   }
   const double accuracy = 1e-10 * knots.length;
-  constexpr std::size_t kUnknowns = kInner + 3;  // the knots' steps and 3 multipliers
   double lastStep = std::numeric_limits<double>::infinity();
   double size = std::max(std::fabs(ka), std::fabs(kb));
   for (int iteration = 0; iteration < 30; ++iteration) {
@@ -276,28 +253,6 @@ bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
     const Integrated now = integrate(knots);
     const std::array<double, 3> r{target.x - now.at[kPieces].x, target.y - now.at[kPieces].y,
                                   target.theta - now.at[kPieces].theta};
-    // [A J^T; J 0] [step; multipliers] = [-gradient; r], A the second
-    // differences of the knots (the Hessian of half the sum of squares).
-    std::array<std::array<double, kUnknowns + 1>, kUnknowns> m{};
-    for (std::size_t i = 0; i < kInner; ++i) {
-      m[i][i] = 2.0;
-      if (i > 0) {
-        m[i][i - 1] = -1.0;
-      }
-      if (i + 1 < kInner) {
-        m[i][i + 1] = -1.0;
-      }
-      m[i][kInner] = now.dx[i];
-      m[i][kInner + 1] = now.dy[i];
-      m[i][kInner + 2] = q;
-      m[i][kUnknowns] = -(2.0 * knots.k[i + 1] - knots.k[i] - knots.k[i + 2]);
-      m[kInner][i] = now.dx[i];
-      m[kInner + 1][i] = now.dy[i];
-      m[kInner + 2][i] = q;
-    }
-    for (std::size_t row = 0; row < 3; ++row) {
-      m[kInner + row][kUnknowns] = r[row];
-    }
     // Done when the end is met and the last step hardly changed the knots:
     // the sharpness is then as low as these knots make it, to a part in a
     // thousand.
@@ -306,14 +261,42 @@ bool solveKnots(const PoseD& target, Knots& knots, Integrated& at) {
       at = now;
       return true;
     }
-    std::array<double, kUnknowns> step{};
-    if (!solveLinear(m, step)) {
+    // The step minimises the sum of squared curvature steps under the end
+    // constraints linearised, J step = r (rows x, y, heading): with A the
+    // second differences, whose unconstrained minimum is the ramp,
+    // step = ramp - knots - A^-1 J^T m, where (J A^-1 J^T) m =
+    // J (ramp - knots) - r.
+    Eigen::Matrix<double, 3, static_cast<int>(kInner)> jacobian;
+    Eigen::Matrix<double, static_cast<int>(kInner), 1> free;  // ramp - knots
+    for (std::size_t i = 0; i < kInner; ++i) {
+      const Eigen::Index c = static_cast<Eigen::Index>(i);
+      jacobian(0, c) = now.dx[i];
+      jacobian(1, c) = now.dy[i];
+      jacobian(2, c) = q;
+      free(c) = ramp[i] - knots.k[i + 1];
+    }
+    Eigen::Matrix<double, static_cast<int>(kInner), 3> spread;  // A^-1 J^T
+    for (std::size_t i = 0; i < kInner; ++i) {
+      for (Eigen::Index row = 0; row < 3; ++row) {
+        double sum = 0.0;
+        for (std::size_t j = 0; j < kInner; ++j) {
+          sum += inverseSecondDifference(i, j) * jacobian(row, static_cast<Eigen::Index>(j));
+        }
+        spread(static_cast<Eigen::Index>(i), row) = sum;
+      }
+    }
+    const Eigen::Vector3d residual(r[0], r[1], r[2]);
+    const Eigen::Vector3d multipliers =
+        (jacobian * spread).partialPivLu().solve(jacobian * free - residual);
+    const Eigen::Matrix<double, static_cast<int>(kInner), 1> step = free - spread * multipliers;
+    if (!step.allFinite()) {
       return false;
     }
     lastStep = 0.0;
     for (std::size_t i = 0; i < kInner; ++i) {
-      knots.k[i + 1] += step[i];
-      lastStep = std::max(lastStep, std::fabs(step[i]));
+      const double change = step(static_cast<Eigen::Index>(i));
+      knots.k[i + 1] += change;
+      lastStep = std::max(lastStep, std::fabs(change));
       size = std::max(size, std::fabs(knots.k[i + 1]));
     }
   }
