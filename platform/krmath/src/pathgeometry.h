@@ -42,9 +42,10 @@ inline Pose2D toPose2D(const PoseD& p) {
 }
 
 /// The direction at `base + d` from the cosine and sine of `base`, for
-/// |d| <= 0.5: the Taylor series of cos d and sin d to d^11 are exact to
-/// double's rounding there, and far cheaper than another sincos. The
-/// integrators of clothoids use it for the nodes about one heading.
+/// small d: the Taylor series of cos d and sin d to d^11 are exact to
+/// double's rounding for |d| <= 0.25 (the integrators of clothoids keep
+/// their nodes that close to one heading), and far cheaper than another
+/// sincos.
 struct Direction {
   double cos;
   double sin;

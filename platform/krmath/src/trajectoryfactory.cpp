@@ -451,8 +451,8 @@ RationalSeconds motionDuration(const RationalSeconds& minimum, const MotionSetti
 }
 
 // The path the robot drives along `described` with its joints replaced by
-// transitions (see blendedSegments); null without a blend tolerance, when
-// it drives `described` itself.
+// transitions (see blendedSegments); null without a blend tolerance or when
+// no joint took a transition, when it drives `described` itself.
 std::unique_ptr<KRPath2D> blendedPath(const KRPath2D& described, const MotionSettings& settings,
                                       bool turnsWithPath) {
   if (!(settings.blendTolerance > 0.0)) {
@@ -461,9 +461,14 @@ std::unique_ptr<KRPath2D> blendedPath(const KRPath2D& described, const MotionSet
   const BlendLimits limits{settings.speed,        settings.acceleration,
                            settings.angularSpeed, settings.angularAcceleration,
                            turnsWithPath,         kSharpnessShare};
-  return std::make_unique<DrivenPath2D>(
-      described.startPose(),
-      blendedSegments(described.segments(), settings.blendTolerance, limits));
+  std::vector<Segment2D> segments =
+      blendedSegments(described.segments(), settings.blendTolerance, limits);
+  const bool blended = std::any_of(segments.begin(), segments.end(),
+                                   [](const Segment2D& s) { return s.sharpness != 0.0f; });
+  if (!blended) {
+    return nullptr;
+  }
+  return std::make_unique<DrivenPath2D>(described.startPose(), std::move(segments));
 }
 
 // The path's first direction of travel; the start heading for no path.

@@ -725,6 +725,14 @@ TEST(TrajectoryBlend, ACentimetreKeepsTheSpeedThroughTangentJoints) {
     EXPECT_EQ(clothoids > 0, tolerance > 0);
     return toSeconds(t->duration());
   };
+  // Collinear lines leave nothing to blend: the path driven is the one
+  // described.
+  NonHolonomicTrajectoryFactory straight(kLinear, kAngular, kPeriod, 1.0f);
+  straight.setBlendTolerance(0.01f);
+  collinear(straight, 3, 1.0f);
+  const std::unique_ptr<KRDirectTrajectoryPose2D> t(
+      straight.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
+  EXPECT_EQ(&t->path(), &t->describedPath());
   const double exact = durationWith(0.0f);
   const double blended = durationWith(0.01f);
   EXPECT_GT(exact, 14.0);

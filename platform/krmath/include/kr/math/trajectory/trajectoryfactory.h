@@ -80,7 +80,7 @@ class KRMATH_API TrajectoryFactory {
   float fractionOfLimits() const;
   /// Blending zones. With a tolerance above 0 (meters), the trajectory drives
   /// through each joint of the path where the curvature jumps or the
-  /// direction turns a corner (up to 3 rad) on a transition instead: six
+  /// direction turns a corner (up to 3 rad) on a transition instead: eight
   /// clothoids whose curvature is continuous and linear in arc length,
   /// leaving the described path at most half of either piece before the
   /// joint and rejoining it on its exact pose and curvature, every point
