@@ -64,9 +64,10 @@ class KRMATH_API KRTrajectoryPose2D {
 /// drives (a wheeled base that cannot move sideways).
 ///
 /// The path is built at the start state's pose. The robot drives through
-/// joints without stopping and comes to rest only at a corner, where the
-/// direction of travel jumps by more than 1e-4 rad (plus the float rounding
-/// of large heading values), and at the end. A smaller jump is driven
+/// joints without stopping and comes to rest only at a corner of the path
+/// driven, where the direction of travel jumps by more than 1e-4 rad (plus
+/// the float rounding of large heading values), and at the end; a corner a
+/// blend replaced by a transition is no longer one. A smaller jump is driven
 /// through, the velocity turning by that angle at once. At a corner (and at
 /// the start, when the start heading is not the path's) the robot stops and
 /// turns on the spot, by the shorter way, before it moves on. Between stops
