@@ -232,22 +232,6 @@ std::string nonHolonomic(const std::string& path) { return R"(["NonHolonomic", )
 
 std::string holonomic(const std::string& path) { return R"(["Holonomic", )" + path + ", 0.5, 0]"; }
 
-std::unique_ptr<KRDirectTrajectoryPose2D> direct(const std::string& text, float tolerance) {
-  DirectTrajectoryPose2DBuilder builder;
-  extractDirectTrajectoryPose2DBuilderFromKRValue(parse(text), "t", kPeriod, kLimits, kLimits, 1.0f,
-                                                  tolerance, builder);
-  return std::unique_ptr<KRDirectTrajectoryPose2D>(builder(Pose2DPosVelAcc()));
-}
-
-bool hasClothoid(const KRPath2D& path) {
-  for (const Segment2D& segment : path.segments()) {
-    if (segment.sharpness != 0.0f) {
-      return true;
-    }
-  }
-  return false;
-}
-
 // The same segments wherever they start: lengths, curvatures and sharpness
 // bit for bit.
 ::testing::AssertionResult sameShape(const KRPath2D& a, const KRPath2D& b) {
@@ -267,23 +251,6 @@ bool hasClothoid(const KRPath2D& path) {
   return ::testing::AssertionSuccess();
 }
 
-// The same path, bit for bit: its start pose and segments.
-::testing::AssertionResult samePath(const KRPath2D& a, const KRPath2D& b) {
-  const ::testing::AssertionResult shape = sameShape(a, b);
-  if (!shape) {
-    return shape;
-  }
-  if (!(a.startPose() == b.startPose())) {
-    return ::testing::AssertionFailure() << "start poses differ";
-  }
-  for (std::size_t i = 0; i < a.segments().size(); ++i) {
-    if (!(a.segments()[i].start == b.segments()[i].start)) {
-      return ::testing::AssertionFailure() << "segment " << i << " starts elsewhere";
-    }
-  }
-  return ::testing::AssertionSuccess();
-}
-
 // The direct trajectories a trajectory is made of: itself, or a composed
 // one's pieces.
 std::vector<const KRDirectTrajectoryPose2D*> piecesOf(const KRTrajectoryPose2D& trajectory) {
@@ -295,54 +262,6 @@ std::vector<const KRDirectTrajectoryPose2D*> piecesOf(const KRTrajectoryPose2D& 
     pieces.push_back(piece.get());
   }
   return pieces;
-}
-
-TEST(TrajectoryBlend, ALineArcLineIsDrivenOnClothoidsAndKeepsItsDescribedPath) {
-  for (const std::string& text : {nonHolonomic(kLineArcLine), holonomic(kLineArcLine)}) {
-    SCOPED_TRACE(text);
-    const auto exact = direct(text, 0.0f);
-    const auto blended = direct(text, 0.01f);
-    EXPECT_FALSE(hasClothoid(exact->path()));
-    EXPECT_EQ(&exact->path(), &exact->describedPath());
-    EXPECT_TRUE(hasClothoid(blended->path()));
-    EXPECT_NE(&blended->path(), &blended->describedPath());
-    EXPECT_TRUE(samePath(blended->describedPath(), exact->path()));
-    // It still ends where the description does.
-    const auto endOf = [](const KRTrajectoryPose2D& t) {
-      return t.stateAt(KR::Math::toSeconds(t.duration())).position;
-    };
-    EXPECT_NEAR(endOf(*blended).x, endOf(*exact).x, 1e-5);
-    EXPECT_NEAR(endOf(*blended).y, endOf(*exact).y, 1e-5);
-  }
-  // A base facing along the path slows down where the curvature jumps,
-  // unless it drives through on a transition.
-  EXPECT_LT(KR::Math::toSeconds(direct(nonHolonomic(kLineArcLine), 0.01f)->duration()),
-            KR::Math::toSeconds(direct(nonHolonomic(kLineArcLine), 0.0f)->duration()));
-}
-
-TEST(TrajectoryBlend, EveryPieceOfAComposedTrajectoryGetsTheTolerance) {
-  const KRValue value =
-      parse(R"(["Composed", )" + nonHolonomic(kLineArcLine) + ", " + holonomic(kLineArcLine) + "]");
-  const auto exact = direct(nonHolonomic(kLineArcLine), 0.0f);
-  TrajectoryPose2DComposedBuilder composed;
-  TrajectoryPose2DBuilder general;
-  extractTrajectoryPose2DComposedBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f,
-                                                    0.01f, composed);
-  extractTrajectoryPose2DBuilderFromKRValue(value, "t", kPeriod, kLimits, kLimits, 1.0f, 0.01f,
-                                            general);
-  const std::unique_ptr<KRTrajectoryPose2D> fromComposed(composed(Pose2DPosVelAcc()));
-  const std::unique_ptr<KRTrajectoryPose2D> fromGeneral(general(Pose2DPosVelAcc()));
-  for (const KRTrajectoryPose2D* trajectory : {fromComposed.get(), fromGeneral.get()}) {
-    const auto pieces = piecesOf(*trajectory);
-    ASSERT_EQ(pieces.size(), 2u);
-    for (const KRDirectTrajectoryPose2D* piece : pieces) {
-      EXPECT_TRUE(hasClothoid(piece->path()));
-      // The second piece starts where the first ended, so only the shape of
-      // its path compares with the piece made alone.
-      EXPECT_TRUE(sameShape(piece->describedPath(), exact->path()));
-    }
-    EXPECT_TRUE(samePath(pieces[0]->describedPath(), exact->path()));
-  }
 }
 
 // What the factory itself says of `tolerance`: its message, or kNoThrow.
@@ -365,7 +284,8 @@ bool sameMotion(const KRTrajectoryPose2D& a, const KRTrajectoryPose2D& b) {
 // Tolerances of any bits (NaN payloads, denormals, infinities, huge values)
 // and the edges: the readers refuse exactly what the factory refuses, with
 // its message and the caller's builder kept; 0 and -0 change nothing; any
-// other tolerance leaves the paths as described.
+// other tolerance leaves the paths as described, and 1 cm reaches every
+// piece of either kind, which then drives through the joints.
 TEST(TrajectoryBlend, AnyToleranceIsTheFactorysToAcceptAndKeepsThePathsAsDescribed) {
   std::mt19937 random(631);
   std::vector<float> tolerances{0.0f, -0.0f, std::numeric_limits<float>::denorm_min(),
@@ -381,7 +301,6 @@ TEST(TrajectoryBlend, AnyToleranceIsTheFactorysToAcceptAndKeepsThePathsAsDescrib
   TrajectoryPose2DBuilder exact;
   kGeneral(value, kLimits, std::nullopt, exact);
   const std::unique_ptr<KRTrajectoryPose2D> unblended(exact(Pose2DPosVelAcc()));
-  int blended = 0;  // pieces driven on another path than the one described
   for (const float tolerance : tolerances) {
     SCOPED_TRACE(tolerance);
     TrajectoryPose2DBuilder builder = kPrevious;
@@ -398,10 +317,11 @@ TEST(TrajectoryBlend, AnyToleranceIsTheFactorysToAcceptAndKeepsThePathsAsDescrib
     const auto pieces = piecesOf(*made);
     for (std::size_t i = 0; i < pieces.size(); ++i) {
       EXPECT_TRUE(sameShape(pieces[i]->describedPath(), piecesOf(*unblended)[i]->path()));
-      blended += &pieces[i]->path() != &pieces[i]->describedPath();
+      if (tolerance == 0.01f) {
+        EXPECT_NE(&pieces[i]->path(), &pieces[i]->describedPath()) << "piece " << i;
+      }
     }
   }
-  EXPECT_GT(blended, 2);  // 0.01 and some of the random ones
 }
 
 }  // namespace

@@ -601,9 +601,31 @@ void expectWithinTolerance(const KRDirectTrajectoryPose2D& t, double tolerance) 
   }
 }
 
+using Pieces = std::function<void(TrajectoryFactory&)>;
+
+// The fastest trajectory along the pieces `add` lays out, from rest at
+// `start`: of a base facing along the path, or of a holonomic one turning by
+// `rotation`.
+std::unique_ptr<KRDirectTrajectoryPose2D> fastest(
+    bool facing, const Pieces& add, float tolerance = 0.0f, const Pose2D& start = Pose2D(),
+    float rotation = 0.0f, const Limits& linear = kLinear, const Limits& angular = kAngular,
+    const RationalSeconds& period = kPeriod) {
+  if (facing) {
+    NonHolonomicTrajectoryFactory factory(linear, angular, period, 1.0f);
+    factory.setBlendTolerance(tolerance);
+    add(factory);
+    return own(factory.getTrajectoryBuilder(kFastest)(at(start)));
+  }
+  HolonomicTrajectoryFactory factory(linear, angular, period, 1.0f);
+  factory.setBlendTolerance(tolerance);
+  add(factory);
+  return std::unique_ptr<KRDirectTrajectoryPose2D>(
+      factory.getTrajectoryBuilder(rotation, kFastest)(at(start)));
+}
+
 struct PathCase {
   const char* name;
-  std::function<void(TrajectoryFactory&)> add;
+  Pieces add;
   double expectedNonHolonomic;  // seconds, when known in closed form; else 0
 };
 
@@ -677,18 +699,7 @@ TEST(TrajectoryProfile, FastestWithinLimitsAndMatchesTheReference) {
       for (const float tolerance : {0.0f, 0.01f}) {
         SCOPED_TRACE(std::string(c.name) + (facing ? ", non-holonomic" : ", holonomic") +
                      (tolerance > 0 ? ", blended" : ""));
-        std::unique_ptr<KRDirectTrajectoryPose2D> t;
-        if (facing) {
-          NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-          factory.setBlendTolerance(tolerance);
-          c.add(factory);
-          t.reset(factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
-        } else {
-          HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-          factory.setBlendTolerance(tolerance);
-          c.add(factory);
-          t.reset(factory.getTrajectoryBuilder(0.0f, kFastest)(Pose2DPosVelAcc()));
-        }
+        const auto t = fastest(facing, c.add, tolerance);
         const double seconds = toSeconds(t->duration());
         const double reference = referenceTime(t->path(), kLinear, kAngular, facing);
         EXPECT_LE(seconds, reference * 1.01 + 0.01) << reference;
@@ -710,13 +721,14 @@ TEST(TrajectoryProfile, FastestWithinLimitsAndMatchesTheReference) {
 // (12.15 s, stopping nowhere), within 2 % of it.
 TEST(TrajectoryBlend, ACentimetreKeepsTheSpeedThroughTangentJoints) {
   auto durationWith = [](float tolerance) {
-    NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-    factory.setBlendTolerance(tolerance);
-    factory.addLine({2, 0});
-    factory.addCircle({0, 1}, kPi / 2);
-    factory.addLine({2, 0});
-    const std::unique_ptr<KRDirectTrajectoryPose2D> t(
-        factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
+    const auto t = fastest(
+        true,
+        [](TrajectoryFactory& f) {
+          f.addLine({2, 0});
+          f.addCircle({0, 1}, kPi / 2);
+          f.addLine({2, 0});
+        },
+        tolerance);
     EXPECT_EQ(t->describedPath().segments().size(), 3u);
     int clothoids = 0;
     for (const Segment2D& segment : t->path().segments()) {
@@ -727,11 +739,7 @@ TEST(TrajectoryBlend, ACentimetreKeepsTheSpeedThroughTangentJoints) {
   };
   // Collinear lines leave nothing to blend: the path driven is the one
   // described.
-  NonHolonomicTrajectoryFactory straight(kLinear, kAngular, kPeriod, 1.0f);
-  straight.setBlendTolerance(0.01f);
-  collinear(straight, 3, 1.0f);
-  const std::unique_ptr<KRDirectTrajectoryPose2D> t(
-      straight.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
+  const auto t = fastest(true, [](TrajectoryFactory& f) { collinear(f, 3, 1.0f); }, 0.01f);
   EXPECT_EQ(&t->path(), &t->describedPath());
   const double exact = durationWith(0.0f);
   const double blended = durationWith(0.01f);
@@ -762,23 +770,13 @@ TEST(TrajectoryBlend, ExtremeJointsAreBlendedOrLeftAsTheyAre) {
     const Pose2D start(sign() * logUniform(1e-3, 1e5), sign() * logUniform(1e-3, 1e5), turn);
     SCOPED_TRACE("case " + std::to_string(n));
     for (const bool facing : {true, false}) {
-      std::unique_ptr<KRDirectTrajectoryPose2D> t;
-      auto add = [&](TrajectoryFactory& f) {
-        f.setBlendTolerance(tolerance);
+      const auto add = [&](TrajectoryFactory& f) {
         f.addLine({length, 0});
         f.addLine({length * std::cos(turn), length * std::sin(turn)});
         f.addCircle({0, sign() * radius}, turn);
         f.addLine({length, 0});
       };
-      if (facing) {
-        NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-        add(factory);
-        t.reset(factory.getTrajectoryBuilder(kFastest)(at(start)));
-      } else {
-        HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-        add(factory);
-        t.reset(factory.getTrajectoryBuilder(0.0f, kFastest)(at(start)));
-      }
+      const auto t = fastest(facing, add, tolerance, start);
       const Pose2D end = t->describedPath().endPose();
       const Pose2D reached = t->stateAt(toSeconds(t->duration())).position;
       EXPECT_EQ(reached.x, end.x);
@@ -803,23 +801,12 @@ TEST(TrajectoryBlend, ExtremeJointsAreBlendedOrLeftAsTheyAre) {
 // holonomic base drives round them within 10 cm faster than it stops.
 TEST(TrajectoryBlend, ACornerIsBlendedOnlyWhereThatIsQuicker) {
   auto seconds = [](bool facing, float tolerance) {
-    std::unique_ptr<KRDirectTrajectoryPose2D> t;
-    auto add = [&](TrajectoryFactory& f) {
-      f.setBlendTolerance(tolerance);
+    const auto square = [](TrajectoryFactory& f) {
       f.addLine({1, 0});
       f.addLine({0, 1});
       f.addLine({0, 1});
     };
-    if (facing) {
-      NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-      add(factory);
-      t.reset(factory.getTrajectoryBuilder(kFastest)(Pose2DPosVelAcc()));
-    } else {
-      HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-      add(factory);
-      t.reset(factory.getTrajectoryBuilder(0.0f, kFastest)(Pose2DPosVelAcc()));
-    }
-    return toSeconds(t->duration());
+    return toSeconds(fastest(facing, square, tolerance)->duration());
   };
   EXPECT_EQ(seconds(true, 0.01f), seconds(true, 0.0f));
   EXPECT_LT(seconds(false, 0.1f), seconds(false, 0.0f) - 0.5);
@@ -863,7 +850,7 @@ TEST(TrajectoryProfile, GeneratedPathsKeepEveryLimitAndTheReferenceTime) {
   for (int n = 0; n < 60; ++n) {
     const auto& setting = settings[n % 3];
     const RationalSeconds period(boost::rational<int>(setting.periodMs, 1000));
-    std::vector<std::function<void(TrajectoryFactory&)>> pieces;
+    std::vector<Pieces> pieces;
     const int count = 1 + static_cast<int>(random() % 5);
     for (int i = 0; i < count; ++i) {
       const float length = logUniform(1e-4, 1.5);
@@ -909,30 +896,20 @@ TEST(TrajectoryProfile, GeneratedPathsKeepEveryLimitAndTheReferenceTime) {
     for (const bool facing : {true, false}) {
       SCOPED_TRACE("path " + std::to_string(n) + (facing ? ", non-holonomic" : ", holonomic") +
                    ", blend tolerance " + std::to_string(tolerance));
-      std::unique_ptr<KRDirectTrajectoryPose2D> t;
-      float endTheta = 0.0f;
-      double turning = 0.0;  // the holonomic rotation's own time
-      if (facing) {
-        NonHolonomicTrajectoryFactory factory(setting.linear, setting.angular, period, 1.0f);
-        factory.setBlendTolerance(tolerance);
+      const float rotation = facing ? 0.0f : static_cast<float>(uniform(-3, 3));
+      const auto addAll = [&](TrajectoryFactory& f) {
         for (const auto& piece : pieces) {
-          piece(factory);
+          piece(f);
         }
-        t.reset(factory.getTrajectoryBuilder(kFastest)(at(start)));
-        endTheta = t->describedPath().endPose().theta;
-      } else {
-        HolonomicTrajectoryFactory factory(setting.linear, setting.angular, period, 1.0f);
-        factory.setBlendTolerance(tolerance);
-        for (const auto& piece : pieces) {
-          piece(factory);
-        }
-        const float rotation = static_cast<float>(uniform(-3, 3));
-        t.reset(factory.getTrajectoryBuilder(rotation, kFastest)(at(start)));
-        endTheta = start.theta + rotation;
-        turning = restToRest(std::fabs(static_cast<double>(rotation)),
-                             static_cast<double>(setting.angular.maxVelocity),
-                             static_cast<double>(setting.angular.maxAcceleration));
-      }
+      };
+      const auto t = fastest(facing, addAll, tolerance, start, rotation, setting.linear,
+                             setting.angular, period);
+      const float endTheta =
+          facing ? t->describedPath().endPose().theta : start.theta + rotation;
+      // The holonomic rotation's own time.
+      const double turning = restToRest(std::fabs(static_cast<double>(rotation)),
+                                        static_cast<double>(setting.angular.maxVelocity),
+                                        static_cast<double>(setting.angular.maxAcceleration));
       const double seconds = toSeconds(t->duration());
       const double reference =
           std::max(turning, referenceTime(t->path(), setting.linear, setting.angular, facing,
