@@ -63,6 +63,11 @@ const std::map<std::string, Read>& readers() {
       {"trajectory", into<Trajectory>([](auto& v, auto& o) {
          extractTrajectoryPose2DBuilderFromKRValue(v, "arg", kPeriod, kLimits, kLimits, 1.0f, o);
        })},
+      {"composed-trajectory",
+       into<KR::Math::Trajectory::TrajectoryPose2DComposedBuilder>([](auto& v, auto& o) {
+         extractTrajectoryPose2DComposedBuilderFromKRValue(v, "arg", kPeriod, kLimits, kLimits,
+                                                           1.0f, o);
+       })},
       {"rest-requests", into<std::vector<KR::RestRequest>>([](auto& v, auto& o) {
          extractVectorRestRequestFromKRValue(v, "arg", o);
        })},
@@ -114,6 +119,8 @@ TEST(LocateFailure, EachFamilyPointsAtTheValueItsCheckRejected) {
       {"trajectory",
        R"(["Composed", ["Holonomic", ["Line", [1, 0]], 0, 1], ["NonHolonomic", ["Line", [1, false]], 1]])",
        "", "[2][1][1][1]"},
+      {"composed-trajectory", R"(["NonHolonomic", ["Line", [1, 0]], 2])",
+       "arg Wrong TrajectoryPose2DComposed format", "[0]"},
       {"rest-requests", R"([[["LArm"], "Safe"], [["RArm"], "Sleepy"]])", "", "[1][1]"},
       {"rest-requests", R"([[["LArm"], "Safe"], [["RArm"], [1.5, "x"]]])", "", "[1][1][1]"},
       {"touch", R"([["Head", true], ["Hand"]])", "", "[1]"},
@@ -125,8 +132,8 @@ TEST(LocateFailure, EachFamilyPointsAtTheValueItsCheckRejected) {
        R"(["a", "b", [[1, 2, 3]], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, "z", 0, 0, 0, 1], [1, 2]])",
        "MetricalDataExtractor r3_c4: Expected a float", "[3][11]"},
       {"metrical-data",
-       R"(["a", "b", [[1, 2, 3]], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1], [1, "s"]])",
-       "", "[4][1]"},
+       R"(["a", "b", [[1, 2, 3]], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1], [1, "s"]])", "",
+       "[4][1]"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.reader + " " + row.text);

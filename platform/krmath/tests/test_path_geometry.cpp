@@ -603,24 +603,26 @@ void expectWithinTolerance(const KRDirectTrajectoryPose2D& t, double tolerance) 
 
 using Pieces = std::function<void(TrajectoryFactory&)>;
 
-// The fastest trajectory along the pieces `add` lays out, from rest at
-// `start`: of a base facing along the path, or of a holonomic one turning by
-// `rotation`.
-std::unique_ptr<KRDirectTrajectoryPose2D> fastest(
-    bool facing, const Pieces& add, float tolerance = 0.0f, const Pose2D& start = Pose2D(),
-    float rotation = 0.0f, const Limits& linear = kLinear, const Limits& angular = kAngular,
-    const RationalSeconds& period = kPeriod) {
+// The fastest trajectory along the pieces `add` lays out, from `start`: of a
+// base facing along the path, or of a holonomic one turning by `rotation`.
+std::unique_ptr<KRDirectTrajectoryPose2D> fastest(bool facing, const Pieces& add,
+                                                  float tolerance = 0.0f,
+                                                  const Pose2DPosVelAcc& start = Pose2DPosVelAcc(),
+                                                  float rotation = 0.0f,
+                                                  const Limits& linear = kLinear,
+                                                  const Limits& angular = kAngular,
+                                                  const RationalSeconds& period = kPeriod) {
   if (facing) {
     NonHolonomicTrajectoryFactory factory(linear, angular, period, 1.0f);
     factory.setBlendTolerance(tolerance);
     add(factory);
-    return own(factory.getTrajectoryBuilder(kFastest)(at(start)));
+    return own(factory.getTrajectoryBuilder(kFastest)(start));
   }
   HolonomicTrajectoryFactory factory(linear, angular, period, 1.0f);
   factory.setBlendTolerance(tolerance);
   add(factory);
   return std::unique_ptr<KRDirectTrajectoryPose2D>(
-      factory.getTrajectoryBuilder(rotation, kFastest)(at(start)));
+      factory.getTrajectoryBuilder(rotation, kFastest)(start));
 }
 
 struct PathCase {
@@ -776,7 +778,7 @@ TEST(TrajectoryBlend, ExtremeJointsAreBlendedOrLeftAsTheyAre) {
         f.addCircle({0, sign() * radius}, turn);
         f.addLine({length, 0});
       };
-      const auto t = fastest(facing, add, tolerance, start);
+      const auto t = fastest(facing, add, tolerance, at(start));
       const Pose2D end = t->describedPath().endPose();
       const Pose2D reached = t->stateAt(toSeconds(t->duration())).position;
       EXPECT_EQ(reached.x, end.x);
@@ -902,7 +904,7 @@ TEST(TrajectoryProfile, GeneratedPathsKeepEveryLimitAndTheReferenceTime) {
           piece(f);
         }
       };
-      const auto t = fastest(facing, addAll, tolerance, start, rotation, setting.linear,
+      const auto t = fastest(facing, addAll, tolerance, at(start), rotation, setting.linear,
                              setting.angular, period);
       const float endTheta =
           facing ? t->describedPath().endPose().theta : start.theta + rotation;
@@ -954,35 +956,46 @@ TEST(TrajectoryProfile, StartsWithAFeasibleStartVelocity) {
   expectSmoothAndWithinLimits(*h);
 }
 
-TEST(TrajectoryProfile, AnInfeasibleStartVelocityThrows) {
+TEST(TrajectoryProfile, AnInfeasibleStartVelocityFailsWithItsMessage) {
   const float wheeled = std::nanf("");  // else the holonomic rotation
+  const auto movingAt = [](const std::string& velocity) {
+    return "A trajectory cannot start moving at (" + velocity +
+           ") m/s: its path starts in the direction 0.000000 rad.";
+  };
+  const auto cannotStop = [](const std::string& speed) {
+    return "A trajectory starting at " + speed +
+           " cannot stop in time: within the limits it can start at 0.447214 at most.";
+  };
   const struct {
     const char* name;
     Pose2DPosVelAcc start;
     Position2D end;
     float rotation;
+    std::string message;
   } cases[] = {
-      {"sideways for a wheeled base", moving(0, 0.3f), {2, 0}, wheeled},
-      {"backwards", moving(-0.3f, 0), {2, 0}, wheeled},
-      {"above the speed limit", moving(0.6f, 0), {2, 0}, wheeled},
-      {"too fast to stop in 0.2 m", moving(0.5f, 0), {0.2f, 0}, wheeled},
-      {"moving into a corner at the start", moving(0.3f, 0), {1, 1}, wheeled},
-      {"not finite", moving(std::nanf(""), 0), {2, 0}, wheeled},
-      {"turning against the rotation", moving(0.3f, 0, 0, -0.5f), {2, 0}, 1.0f},
-      {"turning too fast to stop within the rotation", moving(0.3f, 0, 0, 1.0f), {2, 0}, 0.1f},
+      {"sideways for a wheeled base", moving(0, 0.3f), Position2D(2, 0), wheeled,
+       movingAt("0.000000, 0.300000")},
+      {"backwards", moving(-0.3f, 0), Position2D(2, 0), wheeled, movingAt("-0.300000, 0.000000")},
+      {"above the speed limit", moving(0.6f, 0), Position2D(2, 0), wheeled,
+       "A trajectory cannot start at 0.600000: the limits allow at most 0.500000 there."},
+      {"too fast to stop in 0.2 m", moving(0.5f, 0), Position2D(0.2f, 0), wheeled,
+       cannotStop("0.500000")},
+      {"moving into a corner at the start", moving(0.3f, 0), Position2D(1, 1), wheeled,
+       "A trajectory moving at the start cannot turn on the spot first: its path starts in "
+       "another direction."},
+      {"not finite", moving(std::nanf(""), 0), Position2D(2, 0), wheeled,
+       "A trajectory cannot start with a velocity that is not finite."},
+      {"turning against the rotation", moving(0.3f, 0, 0, -0.5f), Position2D(2, 0), 1.0f,
+       "A turn of 1.000000 rad cannot start turning the other way, at -0.500000 rad/s."},
+      {"turning too fast to stop within the rotation", moving(0.3f, 0, 0, 1.0f), Position2D(2, 0),
+       0.1f, cannotStop("1.000000")},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    if (std::isnan(c.rotation)) {
-      NonHolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-      factory.addLine(c.end);
-      EXPECT_THROW(factory.getTrajectoryBuilder(kFastest)(c.start), std::runtime_error);
-    } else {
-      HolonomicTrajectoryFactory factory(kLinear, kAngular, kPeriod, 1.0f);
-      factory.addLine(c.end);
-      EXPECT_THROW(factory.getTrajectoryBuilder(c.rotation, kFastest)(c.start),
-                   std::runtime_error);
-    }
+    const auto line = [&c](TrajectoryFactory& f) { f.addLine(c.end); };
+    const bool facing = std::isnan(c.rotation);
+    EXPECT_EQ(messageOf([&] { fastest(facing, line, 0.0f, c.start, facing ? 0.0f : c.rotation); }),
+              c.message);
   }
 }
 

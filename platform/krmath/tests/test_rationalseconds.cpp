@@ -6,6 +6,7 @@
 #include <climits>
 #include <cmath>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -41,16 +42,35 @@ TEST(RationalSecondsTest, NearestWholePeriodExactly) {
   EXPECT_DOUBLE_EQ(toSeconds(seconds(3, 8)), 0.375);
 }
 
-TEST(RationalSecondsTest, Throws) {
-  EXPECT_THROW(rationalSecondsFromFloat(1.0f, seconds(0)), std::runtime_error);
-  EXPECT_THROW(rationalSecondsFromFloat(1.0f, seconds(-1, 100)), std::runtime_error);
-  EXPECT_THROW(rationalSecondsFromFloat(std::nanf(""), kPeriod), std::runtime_error);
-  EXPECT_THROW(rationalSecondsFromFloat(-INFINITY, kPeriod), std::runtime_error);
-  EXPECT_THROW(rationalSecondsFromFloat(3e38f, kPeriod), std::runtime_error);
-  EXPECT_THROW(rationalSecondsFromFloat(2147483648.0f, seconds(1)), std::runtime_error);
-  // 3000.5 s is 3000509001.5 periods of 1/1000003 s: rounded up, the
-  // fraction 3000509002/1000003 does not reduce and its numerator is too big.
-  EXPECT_THROW(rationalSecondsFromFloat(3000.5f, seconds(1, 1000003)), std::runtime_error);
+// Each failure with its message, which the trajectory readers pass on.
+TEST(RationalSecondsTest, FailuresWithTheirMessages) {
+  const struct {
+    float seconds;
+    RationalSeconds period;
+    std::string message;
+  } rows[] = {
+      {1.0f, seconds(0), "The period must be positive, got 0/1 s."},
+      {1.0f, seconds(-1, 100), "The period must be positive, got -1/100 s."},
+      {std::nanf(""), kPeriod, "Cannot make a duration of nan seconds: it is not finite."},
+      {-INFINITY, kPeriod, "Cannot make a duration of -inf seconds: it is not finite."},
+      {5e9f, kPeriod,
+       "A duration of 5000000000.000000 seconds does not fit an exact fraction of ints."},
+      {2147483648.0f, seconds(1),
+       "2147483648 periods of 1/1 s do not fit an exact fraction of ints."},
+      // 3000.5 s is 3000509001.5 periods of 1/1000003 s: rounded up, the
+      // fraction 3000509002/1000003 does not reduce and its numerator is too big.
+      {3000.5f, seconds(1, 1000003),
+       "3000509002 periods of 1/1000003 s do not fit an exact fraction of ints."},
+  };
+  for (const auto& row : rows) {
+    std::string message;
+    try {
+      rationalSecondsFromFloat(row.seconds, row.period);
+    } catch (const std::runtime_error& e) {
+      message = e.what();
+    }
+    EXPECT_EQ(message, row.message) << row.seconds;
+  }
 }
 
 }  // namespace
