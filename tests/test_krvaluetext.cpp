@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <sstream>
 #include <utility>
@@ -195,6 +196,30 @@ TEST(ParseKRValueErrors, LineAndColumnOfTheReportedByte) {
   for (const auto& [text, where] : cases) {
     const std::string message = parseError(text);
     EXPECT_NE(message.find(std::string(" at ") + where), std::string::npos) << where << "\n" << message;
+  }
+}
+
+// Each raw control character in a string is named by its ASCII abbreviation,
+// with its \u escape and, where JSON has one, its short escape.
+TEST(ParseKRValueErrors, EveryControlCharacterIsNamedWithItsEscapes) {
+  const char* const names[] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL",
+                               "BS",  "HT",  "LF",  "VT",  "FF",  "CR",  "SO",  "SI",
+                               "DLE", "DC1", "DC2", "DC3", "DC4", "NAK", "SYN", "ETB",
+                               "CAN", "EM",  "SUB", "ESC", "FS",  "GS",  "RS",  "US"};
+  // JSON's short escapes and the letters that write them.
+  const std::string shortEscaped = "\b\t\n\f\r";
+  const std::string letters = "btnfr";
+  for (int c = 0; c < 0x20; ++c) {
+    char code[5];
+    std::snprintf(code, sizeof code, "%.4X", c);
+    std::string problem = std::string("invalid string: control character U+") + code + " (" +
+                          names[c] + ") must be escaped to \\u" + code;
+    const std::size_t k = shortEscaped.find(static_cast<char>(c));
+    if (k != std::string::npos) problem += std::string(" or \\") + letters[k];
+    const std::string message = parseError("\"" + std::string(1, static_cast<char>(c)));
+    EXPECT_NE(message.find("(offset 1): " + problem + "; last read: '\"<U+" + code + ">'"),
+              std::string::npos)
+        << message;
   }
 }
 
