@@ -89,6 +89,15 @@ TEST(PathGeometry, PoseAtTheFloatLengthIsTheEndOfALongPath) {
   EXPECT_EQ(path->poseAt(path->length() * 2), path->endPose());
 }
 
+// At a corner the pose is the earlier piece's end: still facing its way.
+TEST(PathGeometry, PoseAtACornerFacesTheEarlierPiece) {
+  const PathFactory f(1.0f);
+  const auto path =
+      own(f.composedPathBuilder({f.lineBuilder({1, 0}), f.lineBuilder({0, 1})})(Pose2D(0, 0, 0)));
+  EXPECT_EQ(path->poseAt(1.0f), Pose2D(1, 0, 0));
+  expectPose(path->poseAt(1.5f), Pose2D(1, 0.5f, kPi / 2));
+}
+
 // A path made from segments directly checks each of them and its length:
 // short segments are kept, a segment or a path beyond the range of float is
 // refused with its message.
@@ -294,6 +303,14 @@ TEST(PathGeometry, NonFiniteAndOverlongPiecesFailWithTheirMessages) {
        "A path cannot be built at a start pose that is not finite."},
       {"composed start pose", [&] { f.composedPathBuilder({})(Pose2D(0, 0, inf)); },
        "A path cannot be built at a start pose that is not finite."},
+      {"a piece's builder making nothing",
+       [&] {
+         const DirectPath2DBuilder nothing = [](const Pose2D&) -> KRDirectPath2D* {
+           return nullptr;
+         };
+         f.composedPathBuilder({f.lineBuilder(p), nothing})(Pose2D());
+       },
+       "A path piece's builder returned no path."},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
