@@ -130,6 +130,15 @@ def test_a_readers_docstring_shows_its_failures() -> None:
         assert "\n    " + failure["message"] in doc
 
 
+def test_every_schema_but_the_tools_own_is_shown_by_a_function() -> None:
+    shown = set()
+    for name in dir(kv):
+        doc = getattr(kv, name).__doc__ or ""
+        shown.update(re.findall(r'Schema: krvalueutils\.schema\("([^"]+)"\)', doc))
+    # Comparing two rest requests is the tool's; Python compares them with ==.
+    assert shown == set(kv.schema_names()) - {"rest-request-comparison"}
+
+
 @settings(max_examples=300)
 @given(seconds=st.floats(min_value=1e-6, max_value=1000.0))
 def test_a_float_period_is_its_nearest_fraction_with_a_denominator_up_to_a_million(seconds: float) -> None:
